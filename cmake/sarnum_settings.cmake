@@ -1,0 +1,33 @@
+# Settings that every target of this project is compiled with.
+
+add_library(sarnum_settings INTERFACE)
+target_compile_features(sarnum_settings INTERFACE cxx_std_20)
+
+if(CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
+  target_compile_options(sarnum_settings INTERFACE
+    -Wall -Wextra -Wconversion -Wshadow
+    # A fused multiply-add rounds once where the definition rounds twice: never.
+    -ffp-contract=off
+    # errno after sqrt and log is not part of any contract; values are unchanged.
+    -fno-math-errno)
+  if(SARNUM_WARNINGS_AS_ERRORS)
+    target_compile_options(sarnum_settings INTERFACE -Werror)
+  endif()
+  if(SARNUM_SANITIZE)
+    target_compile_options(sarnum_settings INTERFACE
+      -fsanitize=${SARNUM_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    target_link_options(sarnum_settings INTERFACE -fsanitize=${SARNUM_SANITIZE})
+  endif()
+endif()
+
+# Compiled with the settings above, and nothing exported that is not marked so.
+function(sarnum_apply_settings target)
+  set_target_properties(${target} PROPERTIES
+    CXX_STANDARD 20
+    CXX_STANDARD_REQUIRED ON
+    CXX_EXTENSIONS OFF
+    CXX_VISIBILITY_PRESET hidden
+    VISIBILITY_INLINES_HIDDEN ON
+    POSITION_INDEPENDENT_CODE ON)
+  target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:sarnum_settings>)
+endfunction()

@@ -1,0 +1,87 @@
+/// @file
+/// CFFTClass: one-dimensional transforms of split arrays and two-dimensional transforms
+/// of whole rasters.
+#ifndef SARNUM_FFT_FFT_OBJECT_H
+#define SARNUM_FFT_FFT_OBJECT_H
+
+#include "sarnum/export.h"
+#include "sarnum/host/host.h"
+
+/// Fourier transforms as members of an object that holds no data: one object, or many,
+/// may serve any number of transforms and threads at once. Objects can be deleted through
+/// a pointer to this class.
+///
+/// The one-dimensional members have the method, the layout and the bounds of the
+/// reference transforms in reference.h (length N = 2^m, in place, natural order; m outside
+/// 0 … 30 leaves the arrays untouched). None divides by N.
+class SARNUM_API CFFTClass {
+ public:
+  CFFTClass();
+  CFFTClass(const CFFTClass&);
+  CFFTClass& operator=(const CFFTClass&);
+  virtual ~CFFTClass();
+
+  /// Forward transform, not scaled. Computes in double precision and rounds each stored
+  /// butterfly result to float.
+  void fft(float* const re, float* const im, int m);
+
+  /// Inverse transform, not scaled: the output is N times the true inverse. Computes in
+  /// double precision and rounds each stored butterfly result to float.
+  void ifft(float* const re, float* const im, int m);
+
+  /// Forward transform, not scaled, in double precision.
+  void fft(double* const re, double* const im, int m);
+
+  /// Inverse transform, not scaled. Like the free ifft(double*, double*, int) it rounds
+  /// every butterfly result to single precision.
+  void ifft(double* const re, double* const im, int m);
+
+  /// The smallest m with 2^m ≥ n, as far as the rounding of ceil(log(n) / log(2)) in
+  /// double precision allows: the exponent, not the power. The formula's value stands also
+  /// where the quotient rounds above an integer: for n = 2^29 it is 30 with a correctly
+  /// rounded logarithm.
+  /// @return −2147483648 for n ≤ 0.
+  int CeilPowerOfTwo(int n);
+
+  /// Forward two-dimensional transform of a raster of any pixel type, padded with zeros to
+  /// N1 = 2^CeilPowerOfTwo(width) columns and N2 = 2^CeilPowerOfTwo(height) rows, divided
+  /// by N1·N2. Rows are transformed before columns; each pass divides by its own length.
+  ///
+  /// @param src  `height` pointers to rows of `width` pixels of type TypeData; only read.
+  /// @param dst  N2 pointers to rows with room for N1 complex pixels, real part first:
+  ///             doubles (TD_COMPLEX_FLOAT64) for TD_FLOAT64 and TD_COMPLEX_FLOAT64, floats
+  ///             (TD_COMPLEX_FLOAT32) for every other type. All N2 rows are written.
+  /// @param TypeData  pixel type of src, TD_UINT8 … TD_COMPLEX_INT32. Integers become
+  ///             floats. TD_COMPLEX_UINT8, TD_COMPLEX_UINT16, TD_COMPLEX_UINT32 and codes
+  ///             outside 1 … 16 have no row pass: src is not read, and the columns of the
+  ///             complex floats that dst already holds are transformed.
+  /// @param meter  told of the progress, or null. It gets SetRange(0, N1 + N2), SetStep(1),
+  ///             SetText(resource string 700 + "...") and one StepIt() a row (padding rows
+  ///             included, none without a row pass) and a column.
+  ///
+  /// Rows need not be adjacent or aligned. Rows of dst may overlap each other or be rows of
+  /// src: the result is that of row after row (load, transform, store, then the next),
+  /// then column after column.
+  /// @return 1. When the work storage (two arrays as long as the longer side) cannot be had,
+  ///         or a size is below 1 or its exponent above 30 (outside the contract): 0, with
+  ///         dst and the meter untouched.
+  int FFT_2D(void** src, void** dst, int width, int height, int TypeData, CMeterInfo* meter);
+
+  /// Inverse two-dimensional transform of a complex raster, not scaled: it brings a spectrum
+  /// of FFT_2D back to the padded raster.
+  ///
+  /// @param src  `height` pointers to rows of `width` complex pixels; only read.
+  /// @param dst  as many rows of the same type. Rows may overlap or be rows of src, as in
+  ///             FFT_2D.
+  /// @param width, height  powers of two.
+  /// @param TypeData  TD_COMPLEX_FLOAT32 or TD_COMPLEX_FLOAT64. With the latter every
+  ///             butterfly result is rounded to single precision, as in ifft().
+  /// @param meter  as in FFT_2D, with resource string 701.
+  /// @return 0 when a size is not a power of two (nothing is done, the meter is not called)
+  ///         or when the work storage cannot be had (dst is untouched; the meter has its
+  ///         range, step and text); otherwise 1. Also 1 for any other TypeData, with dst
+  ///         untouched and the meter given its range, step and text but no steps.
+  int IFFT_2D(void** src, void** dst, int width, int height, int TypeData, CMeterInfo* meter);
+};
+
+#endif

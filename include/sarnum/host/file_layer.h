@@ -1,0 +1,81 @@
+/// @file
+/// CFileLayer: a raster file that is read or written one band of rows at a time.
+///
+/// The standalone host stores rasters through GDAL. It opens any raster that GDAL reads and
+/// creates GeoTIFF; rows are 32-bit floats whatever the file holds. Nodata values, scale and
+/// offset are not applied: the stored values are delivered. The layer never writes anything
+/// beside a file that it reads.
+#ifndef SARNUM_HOST_FILE_LAYER_H
+#define SARNUM_HOST_FILE_LAYER_H
+
+#include <memory>
+
+#include "sarnum/export.h"
+#include "sarnum/host/meter.h"
+
+/// One band of a raster file. Status results are non-zero for success and 0 for failure;
+/// nothing is thrown or printed. A row or a close that failed is also remembered (see
+/// standalone.h). One layer serves one thread at a time.
+class SARNUM_HOST_API CFileLayer {
+ public:
+  struct ExtraTag;
+
+  /// An unopened layer. The meter is not used.
+  explicit CFileLayer(CMeterInfoBase* meter);
+  CFileLayer(const CFileLayer&) = delete;
+  CFileLayer& operator=(const CFileLayer&) = delete;
+  /// Closes the file if it is open.
+  virtual ~CFileLayer();
+
+  /// Opens the first band of an existing raster for reading; an open file is closed first.
+  /// @param mode, index, access  272, 0, 0x80000000.
+  /// @return 0 for any other values, and when the file cannot be opened, has no band or holds
+  ///         complex pixels (detect them first: a float row cannot hold them).
+  int Open(const char* path, unsigned long mode, int index, unsigned long access);
+
+  /// Size in pixels; 0 when nothing is open.
+  int Width();
+  int Height();
+
+  /// Creates a GeoTIFF of 32-bit floats, replacing an existing file; an open file is closed
+  /// first. Files that may pass 4 GiB become BigTIFF.
+  /// @param width, height  at least 1.
+  /// @param type, mode, format, extra, flag  7, 273, 7, null, 0.
+  /// @return 0 for any other values and when the file cannot be created.
+  int Create(const char* path, int width, int height, int type, unsigned long mode,
+             unsigned long format, ExtraTag* extra, int flag);
+
+  /// From now on the layer keeps `rows` full rows in memory, starting at row 0. Until it is
+  /// called the band has one row.
+  /// @param a, b, c, d  256, 0, 0, 1.
+  /// @param columns     the full width.
+  /// @param rows        at least 1.
+  /// @return 0, with the band as it was, for any other values or when storage is short.
+  int SetBlockMode(int a, int b, int c, int columns, int rows, int d);
+
+  /// The Width() floats of a row of the file inside the current band, valid until the band
+  /// moves. Of a created layer it is a buffer to fill and hand to WriteRow(); of an opened one
+  /// it holds the file's values, or NaN throughout for a row that could not be read.
+  /// @return null for a row outside the band or the file, or when storage is short.
+  void* GetRowAddr(int row);
+
+  /// Stores `count` floats as columns `column` … of a row of a created file.
+  /// @param d  1.
+  /// @return 0 when data is null or the values are not inside the file or cannot be stored.
+  int WriteRow(void* data, int column, int row, int count, int d);
+
+  /// Advances the band by `rows` rows (at least 0).
+  /// @param d  1.
+  /// @return 0, with the band as it was, for other values.
+  int ShiftBlock(int rows, int d);
+
+  /// Finishes and closes the file: what was written to a created file is then complete on
+  /// disk. Closing a layer that is not open does nothing.
+  void Close();
+
+ private:
+  class Raster;
+  std::unique_ptr<Raster> raster_;
+};
+
+#endif

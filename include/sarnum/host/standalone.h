@@ -1,0 +1,30 @@
+/// @file
+/// What the standalone host offers beyond the suite's interface: the failures that a
+/// CFileLayer cannot report to the routine using it, and options for the files it creates.
+///
+/// Both are kept for each thread apart: a caller sets and asks on the thread that runs the
+/// routine.
+#ifndef SARNUM_HOST_STANDALONE_H
+#define SARNUM_HOST_STANDALONE_H
+
+#include "sarnum/export.h"
+
+namespace sarnum::host {
+
+/// The first failure of a layer on this thread since clear_raster_failure(): one line that
+/// names the file, or the empty string. It covers opening, creating, reading, writing and
+/// closing. Valid until the next call into the host on this thread.
+SARNUM_HOST_API const char* raster_failure() noexcept;
+
+/// Forgets the failure.
+SARNUM_HOST_API void clear_raster_failure() noexcept;
+
+/// GDAL creation options for the next CFileLayer::Create on this thread, which uses them up:
+/// `count` strings of the form NAME=VALUE, which are copied. They come after the layer's own
+/// BIGTIFF=IF_SAFER and replace it when they name the same option.
+/// @return false, with no options set, when storage is short.
+SARNUM_HOST_API bool set_creation_options(const char* const* options, int count) noexcept;
+
+}  // namespace sarnum::host
+
+#endif

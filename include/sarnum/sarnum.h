@@ -1,0 +1,22 @@
+/// @file
+/// Everything sarnum exports: numerical routines for radar (SAR) imagery.
+///
+/// Names are global, as the suite's applications know them. Unless a declaration
+/// says otherwise, a routine
+/// - runs to completion on the caller's thread and keeps no state, so that calls on
+///   different data may run at the same time;
+/// - does not check its arguments: each declaration says what bad input gives;
+/// - never prints, throws or ends the process;
+/// - gives the same values on every CPU: the stated order of operations is the
+///   contract, and no operation is fused with another.
+#ifndef SARNUM_SARNUM_H
+#define SARNUM_SARNUM_H
+
+#include "sarnum/build_info.h"
+#include "sarnum/fft/fft_object.h"
+#include "sarnum/fft/reference.h"
+#include "sarnum/fft/tables.h"
+#include "sarnum/imaging/noncoherent_accumulation.h"
+#include "sarnum/numeric/pixel_types.h"
+
+#endif
