@@ -1,0 +1,117 @@
+// The arithmetic of every transform of the library.
+//
+// A transform is m stages of butterflies over elements in natural order, one twiddle factor a
+// group of butterflies, and a bit-reversal permutation at the end. The forms differ in four
+// choices, which are the parameters here: where the elements lie (samples), the type that the
+// butterflies compute in and the type each result is rounded to (Arithmetic), where the
+// twiddles come from, and the direction. Each result depends on the order of the operations
+// written down below; no other order, and no fused multiply-add, may take its place.
+#pragma once
+
+#include <cstddef>
+#include <utility>
+
+#include "fft/bit_reversal.h"
+#include "fft/twiddles.h"
+
+namespace sarnum {
+
+enum class Direction { forward, inverse };
+
+/// Lengths the transforms are defined for: 2^0 … 2^30.
+constexpr bool is_transform_exponent(int m) {
+  return m >= 0 && m <= 30;
+}
+
+template <class Real>
+struct Complex {
+  Real re;
+  Real im;
+};
+
+/// Elements in two arrays: real parts and imaginary parts.
+template <class Real>
+struct SplitSamples {
+  using Element = Real;
+
+  Real* re;
+  Real* im;
+
+  Complex<Real> load(std::size_t i) const { return {re[i], im[i]}; }
+  void store(std::size_t i, Complex<Real> value) const {
+    re[i] = value.re;
+    im[i] = value.im;
+  }
+};
+
+/// Butterflies computed in `Computed`, each of their results rounded to `Rounded` before it is
+/// stored.
+template <class Computed, class Rounded>
+struct Arithmetic {
+  using Real = Computed;
+
+  static Real round(Real value) { return static_cast<Real>(static_cast<Rounded>(value)); }
+};
+
+/// x[a], x[b] become x[a] + x[b]·(c − is) and x[a] − x[b]·(c − is).
+template <class Arithmetic, class Samples>
+void butterfly(Samples x, std::size_t a, std::size_t b, Twiddle<typename Arithmetic::Real> w) {
+  using Real = typename Arithmetic::Real;
+  using Element = typename Samples::Element;
+  const auto first = x.load(a);
+  const auto second = x.load(b);
+  const Real a_re = first.re;
+  const Real a_im = first.im;
+  const Real b_re = second.re;
+  const Real b_im = second.im;
+  const Real t_re = b_re * w.c + b_im * w.s;
+  const Real t_im = b_im * w.c - b_re * w.s;
+  x.store(b, {static_cast<Element>(Arithmetic::round(a_re - t_re)),
+              static_cast<Element>(Arithmetic::round(a_im - t_im))});
+  x.store(a, {static_cast<Element>(Arithmetic::round(a_re + t_re)),
+              static_cast<Element>(Arithmetic::round(a_im + t_im))});
+}
+
+/// The m stages. Stage s has 2^s groups, each over 2^(m − s) adjoining elements.
+/// @param twiddle_of  the forward twiddle of a group, by the number of the group.
+template <class Arithmetic, Direction direction, class Samples, class TwiddleOf>
+void butterflies(Samples x, int m, const TwiddleOf& twiddle_of) {
+  std::size_t half = std::size_t{1} << m;
+  for (int stage = 0; stage < m; ++stage) {
+    half /= 2;
+    const std::size_t group_count = std::size_t{1} << stage;
+    for (std::size_t group = 0; group < group_count; ++group) {
+      auto w = twiddle_of(group);
+      if constexpr (direction == Direction::inverse) {
+        w.s = -w.s;
+      }
+      const std::size_t begin = group * 2 * half;
+      for (std::size_t i = begin; i < begin + half; ++i) {
+        butterfly<Arithmetic>(x, i, i + half, w);
+      }
+    }
+  }
+}
+
+/// Brings the results of the stages into natural order.
+template <class Samples>
+void permute_bit_reversed(Samples x, int m) {
+  const int n = 1 << m;
+  for (int i = 0; i < n; ++i) {
+    const int j = reverse_low_bits(i, m);
+    if (j > i) {
+      const auto at_i = x.load(static_cast<std::size_t>(i));
+      x.store(static_cast<std::size_t>(i), x.load(static_cast<std::size_t>(j)));
+      x.store(static_cast<std::size_t>(j), at_i);
+    }
+  }
+}
+
+/// A whole transform without scaling, with the twiddles of its length.
+template <class Arithmetic, Direction direction, class Samples>
+void radix2(Samples x, const Twiddles<typename Arithmetic::Real>& twiddles) {
+  butterflies<Arithmetic, direction>(x, twiddles.exponent(), twiddles);
+  permute_bit_reversed(x, twiddles.exponent());
+}
+
+}  // namespace sarnum

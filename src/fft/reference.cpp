@@ -1,0 +1,29 @@
+// The reference transforms in double precision: split layout, twiddles computed for the call.
+#include "sarnum/fft/reference.h"
+
+#include "fft/radix2.h"
+#include "numeric/pi.h"
+
+namespace {
+
+using sarnum::Arithmetic;
+using sarnum::Direction;
+
+template <class Arithmetic, Direction direction>
+void transform(double* re, double* im, int m) {
+  if (!sarnum::is_transform_exponent(m)) {
+    return;
+  }
+  const sarnum::Twiddles<double> twiddles(sarnum::pi * 2.0, m);
+  sarnum::radix2<Arithmetic, direction>(sarnum::SplitSamples<double>{re, im}, twiddles);
+}
+
+}  // namespace
+
+void fft(double* re, double* im, int m) {
+  transform<Arithmetic<double, double>, Direction::forward>(re, im, m);
+}
+
+void ifft(double* re, double* im, int m) {
+  transform<Arithmetic<double, float>, Direction::inverse>(re, im, m);
+}

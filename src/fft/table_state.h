@@ -1,0 +1,54 @@
+// The process-wide tables as the table-driven transforms see them.
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <new>
+
+namespace sarnum {
+
+/// Storage of one table. It knows its size: after delete_ibitr() an array may have been
+/// allocated for a shorter length than the largest one ever requested.
+template <class T>
+class TableArray {
+ public:
+  /// Has room for `count` entries afterwards, with the old array and its content where it is
+  /// large enough.
+  /// @return false, with no array left, when there is no storage.
+  bool reserve(std::size_t count) {
+    if (count > capacity_) {
+      release();
+      entries_.reset(new (std::nothrow) T[count]);
+      capacity_ = entries_ != nullptr ? count : 0;
+    }
+    return entries_ != nullptr;
+  }
+
+  void release() {
+    entries_.reset();
+    capacity_ = 0;
+  }
+
+  std::size_t capacity() const { return capacity_; }
+  T& operator[](std::size_t i) { return entries_[i]; }
+  const T& operator[](std::size_t i) const { return entries_[i]; }
+
+ private:
+  std::unique_ptr<T[]> entries_;
+  std::size_t capacity_ = 0;
+};
+
+struct TableState {
+  int largest_exponent = 0;  ///< largest m ever given to init_ibitr(); it only grows
+  int swap_count = 0;        ///< pairs in the list, for the last m
+  TableArray<int> bit_reversal;
+  TableArray<double> cosine;
+  TableArray<double> sine;
+  TableArray<int> swap_pairs;
+
+  void release();
+};
+
+extern TableState table_state;
+
+}  // namespace sarnum

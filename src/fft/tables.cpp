@@ -1,0 +1,86 @@
+// Building and releasing the process-wide tables.
+//
+// Arrays are released only when a larger m than ever before comes, which is what callers count
+// on: a table pointer of theirs stays valid from one length to a smaller one. Each array carries
+// a few entries of slack beyond those that are filled.
+#include "sarnum/fft/tables.h"
+
+#include "fft/bit_reversal.h"
+#include "fft/radix2.h"
+#include "fft/table_state.h"
+#include "numeric/pi.h"
+
+namespace sarnum {
+
+TableState table_state;
+
+void TableState::release() {
+  bit_reversal.release();
+  cosine.release();
+  sine.release();
+  swap_pairs.release();
+}
+
+}  // namespace sarnum
+
+namespace {
+
+constexpr std::size_t slack = 16;
+
+}  // namespace
+
+int ibitr(int x, int bits) {
+  return sarnum::reverse_low_bits(x, bits);
+}
+
+int init_ibitr(int m) {
+  if (!sarnum::is_transform_exponent(m)) {
+    return 1;
+  }
+  sarnum::TableState& tables = sarnum::table_state;
+  if (m > tables.largest_exponent) {
+    tables.largest_exponent = m;
+    tables.release();
+  }
+  const std::size_t n = std::size_t{1} << m;
+  if (!tables.bit_reversal.reserve(n + slack)) {
+    return 1;
+  }
+  if (!tables.cosine.reserve(n / 2 + slack)) {
+    return 2;
+  }
+  if (!tables.sine.reserve(n / 2 + slack)) {
+    return 3;
+  }
+
+  for (std::size_t i = 0; i <= n; ++i) {
+    tables.bit_reversal[i] = sarnum::reverse_low_bits(static_cast<int>(i), m);
+  }
+  for (std::size_t i = 0; i < n / 2; ++i) {
+    const auto twiddle =
+        sarnum::twiddle_at(sarnum::pi * 2.0, static_cast<int>(i), static_cast<int>(n));
+    tables.cosine[i] = twiddle.c;
+    tables.sine[i] = twiddle.s;
+  }
+  tables.swap_count = 0;
+  for (std::size_t i = 0; i <= n; ++i) {
+    if (tables.bit_reversal[i] > static_cast<int>(i)) {
+      ++tables.swap_count;
+    }
+  }
+  if (!tables.swap_pairs.reserve(2 * static_cast<std::size_t>(tables.swap_count) + slack)) {
+    return 4;
+  }
+  std::size_t end = 0;
+  for (std::size_t i = 0; i <= n; ++i) {
+    if (tables.bit_reversal[i] > static_cast<int>(i)) {
+      tables.swap_pairs[end++] = static_cast<int>(i);
+      tables.swap_pairs[end++] = tables.bit_reversal[i];
+    }
+  }
+  return 0;
+}
+
+void delete_ibitr() {
+  sarnum::table_state.release();
+}

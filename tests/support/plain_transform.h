@@ -1,0 +1,112 @@
+// Oracles for the transforms: the radix-2 definition written down as plainly as it reads, and a
+// discrete Fourier transform in long double.
+#pragma once
+
+#include <cmath>
+#include <complex>
+#include <cstddef>
+#include <random>
+#include <utility>
+#include <vector>
+
+namespace oracle {
+
+inline int reversed(int x, int bits) {
+  int r = 0;
+  for (int b = 0; b < bits; ++b) {
+    r |= ((x >> b) & 1) << (bits - 1 - b);
+  }
+  return r;
+}
+
+/// Radix-2 transform of re, im (2^m elements), in place and unscaled. Angles and butterflies are
+/// computed in `Computed`; each result is rounded to `Rounded` on its way into the arrays.
+template <class Computed, class Rounded, class Stored>
+void radix2(Stored* re, Stored* im, int m, bool inverse) {
+  const Computed two_pi = static_cast<Computed>(std::acos(-1.0)) * Computed{2};
+  const int n = 1 << m;
+  int half = n / 2;
+  int shift = m - 1;
+  const auto rounded = [](Computed v) { return static_cast<Stored>(static_cast<Rounded>(v)); };
+  for (int stage = 0; stage < m; ++stage) {
+    for (int j = 0; j < n; j += 2 * half) {
+      const int r = reversed(j >> shift, m);
+      const Computed x = two_pi * static_cast<Computed>(r) / static_cast<Computed>(n);
+      const Computed c = std::cos(x);
+      const Computed s = inverse ? -std::sin(x) : std::sin(x);
+      for (int i = 0; i < half; ++i) {
+        const int a = j + i;
+        const int b = j + half + i;
+        const Computed t_re = Computed{re[b]} * c + Computed{im[b]} * s;
+        const Computed t_im = Computed{im[b]} * c - Computed{re[b]} * s;
+        re[b] = rounded(Computed{re[a]} - t_re);
+        im[b] = rounded(Computed{im[a]} - t_im);
+        re[a] = rounded(Computed{re[a]} + t_re);
+        im[a] = rounded(Computed{im[a]} + t_im);
+      }
+    }
+    shift -= 1;
+    half /= 2;
+  }
+  for (int i = 0; i <= n; ++i) {
+    const int j = reversed(i, m);
+    if (j > i) {
+      std::swap(re[i], re[j]);
+      std::swap(im[i], im[j]);
+    }
+  }
+}
+
+/// Discrete Fourier transform by its definition, in long double, unscaled.
+template <class Stored>
+std::vector<std::complex<long double>> dft(const std::vector<Stored>& re,
+                                           const std::vector<Stored>& im, bool inverse) {
+  const std::size_t n = re.size();
+  std::vector<std::complex<long double>> roots(n);
+  for (std::size_t k = 0; k < n; ++k) {
+    const long double x = 2.0L * std::acos(-1.0L) * static_cast<long double>(k) /
+                          static_cast<long double>(n);
+    roots[k] = {std::cos(x), inverse ? std::sin(x) : -std::sin(x)};
+  }
+  std::vector<std::complex<long double>> spectrum(n);
+  for (std::size_t k = 0; k < n; ++k) {
+    long double sum_re = 0;
+    long double sum_im = 0;
+    for (std::size_t i = 0; i < n; ++i) {
+      const auto root = roots[k * i % n];
+      const long double x = re[i];
+      const long double y = im[i];
+      sum_re += x * root.real() - y * root.imag();
+      sum_im += x * root.imag() + y * root.real();
+    }
+    spectrum[k] = {sum_re, sum_im};
+  }
+  return spectrum;
+}
+
+/// ‖actual − expected‖ / ‖expected‖.
+template <class Stored>
+long double relative_error(const std::vector<Stored>& re, const std::vector<Stored>& im,
+                           const std::vector<std::complex<long double>>& expected) {
+  long double difference = 0;
+  long double norm = 0;
+  for (std::size_t k = 0; k < expected.size(); ++k) {
+    difference += std::norm(std::complex<long double>(re[k], im[k]) - expected[k]);
+    norm += std::norm(expected[k]);
+  }
+  return std::sqrt(difference / norm);
+}
+
+/// Normally distributed numbers, the same in every run of a test.
+template <class Stored>
+std::vector<Stored> random_values(std::size_t n, unsigned seed) {
+  std::mt19937_64 engine(seed);
+  std::normal_distribution<double> normal;
+  std::vector<Stored> values(n);
+  for (Stored& value : values) {
+    value = static_cast<Stored>(normal(engine));
+  }
+  return values;
+}
+
+}  // namespace oracle
