@@ -1,0 +1,574 @@
+// Raster layers on GDAL: a band of rows in memory, moved down the file by its user.
+//
+// GDAL answers with a status, with messages to a handler, or (a raw file that is too short)
+// not at all. Every call that can fail runs inside a GdalScope, which keeps the messages off the
+// screen, and ends in the thread's failure memory. Blocks that the band has passed are taken out
+// of GDAL's cache one by one: its limit is a share of the machine's memory, which would be
+// filled with rows that nobody asks for again, while blocks that the band still touches (a tile
+// is higher than a band) must stay or be decoded again.
+#include "sarnum/host/file_layer.h"
+
+#include <cpl_conv.h>
+#include <cpl_error.h>
+#include <cpl_string.h>
+#include <cpl_vsi.h>
+#include <gdal.h>
+#include <gdal_pam.h>
+#include <gdal_priv.h>
+#include <rawdataset.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <exception>
+#include <limits>
+#include <mutex>
+#include <new>
+#include <string>
+#include <vector>
+
+#include "host/standalone/raster_status.h"
+
+namespace {
+
+using sarnum::host::remember_raster_failure;
+
+constexpr const char* open_action = "cannot open";
+constexpr const char* create_action = "cannot create";
+constexpr const char* write_action = "cannot write";
+
+/// While it lives, GDAL prints nothing on this thread, writes nothing beside a file that it
+/// reads, and its first message of at least the given severity is kept.
+class GdalScope {
+ public:
+  explicit GdalScope(CPLErr severity = CE_Failure)
+      : severity_(severity), gzip_properties_("CPL_VSIL_GZIP_WRITE_PROPERTIES", "NO", false) {
+    CPLPushErrorHandlerEx(&GdalScope::keep, this);
+  }
+  ~GdalScope() { CPLPopErrorHandler(); }
+  GdalScope(const GdalScope&) = delete;
+  GdalScope& operator=(const GdalScope&) = delete;
+
+  bool failed() const { return failed_; }
+  std::string reason() const { return message_.empty() ? "no reason is known" : message_; }
+
+ private:
+  static void CPL_STDCALL keep(CPLErr severity, CPLErrorNum /*number*/, const char* message) {
+    auto& scope = *static_cast<GdalScope*>(CPLGetErrorHandlerUserData());
+    if (severity < scope.severity_ || scope.failed_) {
+      return;
+    }
+    scope.failed_ = true;
+    try {
+      scope.message_ = message;
+    } catch (const std::bad_alloc&) {
+      // The failure counts even where its text cannot be kept.
+    }
+  }
+
+  CPLErr severity_;
+  CPLConfigOptionSetter gzip_properties_;
+  bool failed_ = false;
+  std::string message_;
+};
+
+/// Closes without a word; a close whose outcome matters is made by Raster::close().
+struct DatasetCloser {
+  void operator()(GDALDataset* dataset) const {
+    const GdalScope scope;
+    GDALClose(GDALDataset::ToHandle(dataset));
+  }
+};
+using DatasetHandle = std::unique_ptr<GDALDataset, DatasetCloser>;
+
+void register_drivers_once() {
+  static std::once_flag registered;
+  std::call_once(registered, [] {
+    const GdalScope scope;
+    GDALAllRegister();
+  });
+}
+
+bool file_exists(const std::string& path) {
+  VSIStatBufL status;
+  return VSIStatExL(path.c_str(), &status, VSI_STAT_EXISTS_FLAG) == 0;
+}
+
+/// GDAL notes some of what it works out while reading in a .aux.xml sidecar at close.
+void forbid_sidecar(GDALDataset& dataset) {
+  if (auto* const pam = dynamic_cast<GDALPamDataset*>(&dataset)) {
+    pam->SetPamFlags(pam->GetPamFlags() | GPF_NOSAVE);
+  }
+}
+
+// --- Files shorter than their header says, whose missing samples GDAL's raw drivers deliver as 0
+
+/// Bytes from the first sample to the end of the furthest one that steps of `stride` reach.
+std::uint64_t reach(std::int64_t stride, int count) {
+  return stride > 0 ? static_cast<std::uint64_t>(stride) * static_cast<std::uint64_t>(count - 1)
+                    : 0;
+}
+
+bool is_raw_band_complete(const RawRasterBand& band, int width, int height, int sample_size) {
+  VSILFILE* const file = band.GetFPL();
+  if (file == nullptr || VSIFSeekL(file, 0, SEEK_END) != 0) {
+    return true;
+  }
+  const std::uint64_t needed = band.GetImgOffset() + reach(band.GetPixelOffset(), width) +
+                               reach(band.GetLineOffset(), height) +
+                               static_cast<std::uint64_t>(sample_size);
+  return VSIFTellL(file) >= needed;
+}
+
+bool is_raw_layout_complete(GDALDataset& dataset) {
+  GDALDataset::RawBinaryLayout layout;
+  VSIStatBufL status;
+  if (!dataset.GetRawBinaryLayout(layout) ||
+      VSIStatExL(layout.osRawFilename.c_str(), &status, VSI_STAT_SIZE_FLAG) != 0) {
+    return true;
+  }
+  const std::uint64_t needed =
+      layout.nImageOffset + reach(layout.nPixelOffset, dataset.GetRasterXSize()) +
+      reach(layout.nLineOffset, dataset.GetRasterYSize()) +
+      reach(layout.nBandOffset, dataset.GetRasterCount()) +
+      static_cast<std::uint64_t>(GDALGetDataTypeSizeBytes(layout.eDataType));
+  return static_cast<std::uint64_t>(status.st_size) >= needed;
+}
+
+/// Whether the file holds all samples of an uncompressed raster; true where that is not known.
+bool is_file_complete(GDALDataset& dataset) {
+  const bool is_raw = dynamic_cast<RawRasterBand*>(dataset.GetRasterBand(1)) != nullptr;
+  if (!is_raw) {
+    return is_raw_layout_complete(dataset);
+  }
+  for (int i = 1; i <= dataset.GetRasterCount(); ++i) {
+    GDALRasterBand& band = *dataset.GetRasterBand(i);
+    const auto* const raw = dynamic_cast<const RawRasterBand*>(&band);
+    if (raw != nullptr &&
+        !is_raw_band_complete(*raw, band.GetXSize(), band.GetYSize(),
+                              GDALGetDataTypeSizeBytes(band.GetRasterDataType()))) {
+      return false;
+    }
+  }
+  return true;
+}
+
+/// Why an opened dataset cannot be delivered as rows of floats; empty when it can.
+std::string obstacle(GDALDataset& dataset) {
+  if (dataset.GetRasterCount() == 0) {
+    const char* const inner =
+        CSLFetchNameValue(dataset.GetMetadata("SUBDATASETS"), "SUBDATASET_1_NAME");
+    return inner == nullptr ? "it has no raster band"
+                            : std::string("it holds several rasters; name one, such as ") + inner;
+  }
+  if (GDALDataTypeIsComplex(dataset.GetRasterBand(1)->GetRasterDataType()) != 0) {
+    return "its pixels are complex; make a real raster of it first (sarnum detect)";
+  }
+  if (!is_file_complete(dataset)) {
+    return "the file is shorter than its header says";
+  }
+  return {};
+}
+
+}  // namespace
+
+class CFileLayer::Raster {
+ public:
+  /// Null, with the failure remembered, when the file cannot be opened or created.
+  static std::unique_ptr<Raster> open(const char* path);
+  static std::unique_ptr<Raster> create(const char* path, int width, int height,
+                                        const std::vector<std::string>& options);
+  ~Raster() { close(); }
+  Raster(const Raster&) = delete;
+  Raster& operator=(const Raster&) = delete;
+
+  int width() const { return width_; }
+  int height() const { return height_; }
+  const std::string& path() const { return path_; }
+
+  bool set_band(int rows);
+  float* row_address(int row);
+  bool write(void* data, int column, int row, int count);
+  void shift(int rows);
+
+ private:
+  Raster(const char* path, bool writable) : path_(path), writable_(writable) {}
+
+  void adopt(DatasetHandle dataset);
+  bool allocate_band(int rows);
+  float* address(int row) {
+    return band_.data() +
+           static_cast<std::size_t>(row - first_row_) * static_cast<std::size_t>(width_);
+  }
+  bool read(int row, int count, std::string& reason);
+  void load();
+  void load_row(int row);
+  void release_blocks(std::int64_t begin_row, std::int64_t end_row);
+  void close() noexcept;
+
+  std::string path_;
+  bool writable_;
+  DatasetHandle dataset_;
+  int width_ = 0;
+  int height_ = 0;
+  int block_height_ = 1;
+
+  std::vector<float> band_;
+  int first_row_ = 0;
+  int rows_ = 0;
+  bool loaded_ = false;
+
+  /// Reading: blocks above this row have left GDAL's cache.
+  int released_to_ = 0;
+  /// Reading: a row of blocks known to be unreadable, so that a bad file costs one attempt a
+  /// block and not one a row.
+  int unreadable_block_row_ = -1;
+  /// Writing: the row of blocks that the last written row lies in.
+  int written_block_row_ = -1;
+};
+
+std::unique_ptr<CFileLayer::Raster> CFileLayer::Raster::open(const char* path) {
+  register_drivers_once();
+  std::unique_ptr<Raster> raster(new Raster(path, false));
+  const GdalScope scope;
+  DatasetHandle dataset(GDALDataset::FromHandle(GDALOpenEx(
+      path, GDAL_OF_RASTER | GDAL_OF_READONLY | GDAL_OF_VERBOSE_ERROR, nullptr, nullptr, nullptr)));
+  if (dataset == nullptr) {
+    remember_raster_failure(open_action, path, scope.reason());
+    return nullptr;
+  }
+  forbid_sidecar(*dataset);
+  const std::string reason = obstacle(*dataset);
+  if (!reason.empty()) {
+    remember_raster_failure(open_action, path, reason);
+    return nullptr;
+  }
+  raster->adopt(std::move(dataset));
+  if (!raster->allocate_band(1)) {
+    remember_raster_failure(open_action, path, "out of memory");
+    return nullptr;
+  }
+  return raster;
+}
+
+std::unique_ptr<CFileLayer::Raster> CFileLayer::Raster::create(
+    const char* path, int width, int height, const std::vector<std::string>& options) {
+  register_drivers_once();
+  // All storage is had before the file is touched.
+  std::unique_ptr<Raster> raster(new Raster(path, true));
+  raster->width_ = width;
+  raster->height_ = height;
+  if (!raster->allocate_band(1)) {
+    remember_raster_failure(create_action, path, "out of memory");
+    return nullptr;
+  }
+  CPLStringList creation_options;
+  creation_options.SetNameValue("BIGTIFF", "IF_SAFER");
+  for (const std::string& option : options) {
+    const auto equals = option.find('=');
+    if (equals == std::string::npos) {
+      remember_raster_failure(create_action, path, "option '" + option + "' is not NAME=VALUE");
+      return nullptr;
+    }
+    creation_options.SetNameValue(option.substr(0, equals).c_str(), option.c_str() + equals + 1);
+  }
+
+  GDALDriver* const driver = GetGDALDriverManager()->GetDriverByName("GTiff");
+  if (driver == nullptr) {
+    remember_raster_failure(create_action, path, "GDAL was built without GeoTIFF");
+    return nullptr;
+  }
+  {
+    // GDAL itself only warns of an option that it does not know, and goes on without it.
+    const GdalScope scope(CE_Warning);
+    if (GDALValidateCreationOptions(GDALDriver::ToHandle(driver), creation_options.List()) == 0) {
+      remember_raster_failure(create_action, path, scope.reason());
+      return nullptr;
+    }
+  }
+  const GdalScope scope;
+  // With the file that is replaced go its sidecars, which describe another image.
+  GDALDriver::QuietDelete(path);
+  const bool something_remains = file_exists(raster->path_);
+  DatasetHandle dataset(
+      driver->Create(path, width, height, 1, GDT_Float32, creation_options.List()));
+  if (dataset == nullptr) {
+    remember_raster_failure(create_action, path, scope.reason());
+    if (!something_remains && file_exists(raster->path_)) {
+      VSIUnlink(path);
+    }
+    return nullptr;
+  }
+  forbid_sidecar(*dataset);
+  raster->adopt(std::move(dataset));
+  return raster;
+}
+
+void CFileLayer::Raster::adopt(DatasetHandle dataset) {
+  dataset_ = std::move(dataset);
+  width_ = dataset_->GetRasterXSize();
+  height_ = dataset_->GetRasterYSize();
+  int block_width = 0;
+  dataset_->GetRasterBand(1)->GetBlockSize(&block_width, &block_height_);
+  block_height_ = std::max(block_height_, 1);
+}
+
+/// Storage for `rows` rows from row 0 on; the present band stays when it cannot be had.
+bool CFileLayer::Raster::allocate_band(int rows) {
+  const auto row_count = static_cast<std::size_t>(std::min(rows, height_));
+  const auto row_size = static_cast<std::size_t>(width_);
+  if (row_size != 0 && row_count > std::numeric_limits<std::size_t>::max() / row_size) {
+    return false;
+  }
+  try {
+    std::vector<float> band(row_count * row_size);
+    band_.swap(band);
+  } catch (const std::exception&) {
+    return false;
+  }
+  rows_ = static_cast<int>(row_count);
+  first_row_ = 0;
+  released_to_ = 0;
+  loaded_ = false;
+  return true;
+}
+
+bool CFileLayer::Raster::set_band(int rows) {
+  if (allocate_band(rows)) {
+    return true;
+  }
+  remember_raster_failure(writable_ ? write_action : "cannot read", path_,
+                          "out of memory for a band of " + std::to_string(rows) + " rows");
+  return false;
+}
+
+float* CFileLayer::Raster::row_address(int row) {
+  if (row < first_row_ || row >= height_ || row - first_row_ >= rows_) {
+    return nullptr;
+  }
+  if (!writable_ && !loaded_) {
+    load();
+    loaded_ = true;
+  }
+  return address(row);
+}
+
+void CFileLayer::Raster::load() {
+  {
+    const GdalScope scope;
+    release_blocks(released_to_, first_row_);
+    released_to_ = first_row_;
+  }
+  const int count = std::min(rows_, height_ - first_row_);
+  std::string reason;
+  if (first_row_ / block_height_ != unreadable_block_row_ && read(first_row_, count, reason)) {
+    return;
+  }
+  for (int row = first_row_; row < first_row_ + count; ++row) {
+    load_row(row);
+  }
+}
+
+void CFileLayer::Raster::load_row(int row) {
+  std::string reason;
+  if (row / block_height_ != unreadable_block_row_ && read(row, 1, reason)) {
+    return;
+  }
+  std::fill_n(address(row), width_, std::numeric_limits<float>::quiet_NaN());
+  if (row / block_height_ != unreadable_block_row_) {
+    unreadable_block_row_ = row / block_height_;
+    remember_raster_failure("cannot read row " + std::to_string(row) + " of", path_, reason);
+  }
+}
+
+bool CFileLayer::Raster::read(int row, int count, std::string& reason) {
+  const GdalScope scope;
+  const CPLErr status = dataset_->GetRasterBand(1)->RasterIO(
+      GF_Read, 0, row, width_, count, address(row), width_, count, GDT_Float32, 0, 0, nullptr);
+  if (status != CE_None) {
+    reason = scope.reason();
+  }
+  return status == CE_None;
+}
+
+bool CFileLayer::Raster::write(void* data, int column, int row, int count) {
+  if (!writable_ || data == nullptr || row < 0 || row >= height_ || column < 0 || count < 1 ||
+      count > width_ - column) {
+    remember_raster_failure(write_action, path_,
+                            writable_ ? "the values lie outside the raster" : "it is being read");
+    return false;
+  }
+  const GdalScope scope;
+  const CPLErr status = dataset_->GetRasterBand(1)->RasterIO(GF_Write, column, row, count, 1, data,
+                                                             count, 1, GDT_Float32, 0, 0, nullptr);
+  const int block_row = row / block_height_;
+  if (block_row != written_block_row_ && written_block_row_ >= 0) {
+    const std::int64_t begin = std::int64_t{written_block_row_} * block_height_;
+    release_blocks(begin, begin + block_height_);
+  }
+  written_block_row_ = block_row;
+  const bool stored = status == CE_None && !scope.failed();
+  if (!stored) {
+    remember_raster_failure(write_action, path_, scope.reason());
+  }
+  return stored;
+}
+
+void CFileLayer::Raster::shift(int rows) {
+  if (rows > 0) {
+    first_row_ += std::min(rows, height_ - first_row_);
+    loaded_ = false;
+  }
+}
+
+/// Takes the blocks from the one at `begin_row` to the last that ends at or above `end_row` out of
+/// GDAL's cache. All bands: of a file with interleaved pixels GDAL keeps the neighbours too.
+void CFileLayer::Raster::release_blocks(std::int64_t begin_row, std::int64_t end_row) {
+  for (int i = 1; i <= dataset_->GetRasterCount(); ++i) {
+    GDALRasterBand& band = *dataset_->GetRasterBand(i);
+    int block_width = 0;
+    int block_height = 0;
+    band.GetBlockSize(&block_width, &block_height);
+    if (block_width < 1 || block_height < 1) {
+      continue;
+    }
+    const int columns = (width_ - 1) / block_width + 1;
+    for (std::int64_t y = begin_row / block_height; y < end_row / block_height; ++y) {
+      for (int x = 0; x < columns; ++x) {
+        // The status also tells that nothing was cached yet; a failed write sends a message.
+        band.FlushBlock(x, static_cast<int>(y), writable_ ? TRUE : FALSE);
+      }
+    }
+  }
+}
+
+void CFileLayer::Raster::close() noexcept {
+  if (dataset_ == nullptr) {
+    return;
+  }
+  try {
+    const GdalScope scope;
+    GDALDatasetH const handle = GDALDataset::ToHandle(dataset_.release());
+#if GDAL_VERSION_NUM >= GDAL_COMPUTE_VERSION(3, 7, 0)
+    const bool closed = GDALClose(handle) == CE_None && !scope.failed();
+#else
+    GDALClose(handle);
+    const bool closed = !scope.failed();
+#endif
+    if (!closed) {
+      remember_raster_failure(writable_ ? write_action : "cannot close", path_, scope.reason());
+    }
+  } catch (const std::exception&) {
+    remember_raster_failure(writable_ ? write_action : "cannot close", path_, "out of memory");
+  }
+}
+
+// --- The interface: checks the values that mean something to a host, and lets nothing be thrown
+
+namespace {
+
+constexpr unsigned long open_mode = 272;
+constexpr unsigned long open_access = 0x80000000UL;
+constexpr int pixel_type_float32 = 7;
+constexpr unsigned long create_mode = 273;
+constexpr unsigned long create_format = 7;
+constexpr int band_mode = 256;
+
+/// The work's result, or zero and a remembered failure when it throws.
+template <class Work>
+auto guarded(const char* action, const char* path, Work work) noexcept -> decltype(work()) {
+  try {
+    return work();
+  } catch (const std::exception& error) {
+    remember_raster_failure(action, path, error.what());
+    return {};
+  }
+}
+
+int refuse(const char* action, const char* path) {
+  remember_raster_failure(action, path, "the layer does not know the mode asked for");
+  return 0;
+}
+
+}  // namespace
+
+CFileLayer::CFileLayer(CMeterInfoBase* /*meter*/) {}
+
+CFileLayer::~CFileLayer() = default;
+
+int CFileLayer::Open(const char* path, unsigned long mode, int index, unsigned long access) {
+  Close();
+  if (path == nullptr || mode != open_mode || index != 0 || access != open_access) {
+    return refuse(open_action, path != nullptr ? path : "");
+  }
+  return guarded(open_action, path, [&] {
+    raster_ = Raster::open(path);
+    return raster_ != nullptr ? 1 : 0;
+  });
+}
+
+int CFileLayer::Create(const char* path, int width, int height, int type, unsigned long mode,
+                       unsigned long format, ExtraTag* extra, int flag) {
+  const std::vector<std::string> options = sarnum::host::take_creation_options();
+  Close();
+  if (path == nullptr || width < 1 || height < 1 || type != pixel_type_float32 ||
+      mode != create_mode || format != create_format || extra != nullptr || flag != 0) {
+    return refuse(create_action, path != nullptr ? path : "");
+  }
+  return guarded(create_action, path, [&] {
+    raster_ = Raster::create(path, width, height, options);
+    return raster_ != nullptr ? 1 : 0;
+  });
+}
+
+int CFileLayer::Width() {
+  return raster_ != nullptr ? raster_->width() : 0;
+}
+
+int CFileLayer::Height() {
+  return raster_ != nullptr ? raster_->height() : 0;
+}
+
+int CFileLayer::SetBlockMode(int a, int b, int c, int columns, int rows, int d) {
+  if (raster_ == nullptr) {
+    return 0;
+  }
+  const char* const path = raster_->path().c_str();
+  if (a != band_mode || b != 0 || c != 0 || columns != raster_->width() || rows < 1 || d != 1) {
+    return refuse("cannot set the band of", path);
+  }
+  return guarded("cannot set the band of", path, [&] { return raster_->set_band(rows) ? 1 : 0; });
+}
+
+void* CFileLayer::GetRowAddr(int row) {
+  if (raster_ == nullptr) {
+    return nullptr;
+  }
+  return guarded("cannot read", raster_->path().c_str(), [&] { return raster_->row_address(row); });
+}
+
+int CFileLayer::WriteRow(void* data, int column, int row, int count, int d) {
+  if (raster_ == nullptr) {
+    return 0;
+  }
+  const char* const path = raster_->path().c_str();
+  if (d != 1) {
+    return refuse(write_action, path);
+  }
+  return guarded(write_action, path,
+                 [&] { return raster_->write(data, column, row, count) ? 1 : 0; });
+}
+
+int CFileLayer::ShiftBlock(int rows, int d) {
+  if (raster_ == nullptr) {
+    return 0;
+  }
+  if (rows < 0 || d != 1) {
+    return refuse("cannot move the band of", raster_->path().c_str());
+  }
+  raster_->shift(rows);
+  return 1;
+}
+
+void CFileLayer::Close() {
+  raster_.reset();
+}
