@@ -64,8 +64,8 @@ std::vector<std::complex<long double>> dft(const std::vector<Stored>& re,
   const std::size_t n = re.size();
   std::vector<std::complex<long double>> roots(n);
   for (std::size_t k = 0; k < n; ++k) {
-    const long double x = 2.0L * std::acos(-1.0L) * static_cast<long double>(k) /
-                          static_cast<long double>(n);
+    const long double x =
+        2.0L * std::acos(-1.0L) * static_cast<long double>(k) / static_cast<long double>(n);
     roots[k] = {std::cos(x), inverse ? std::sin(x) : -std::sin(x)};
   }
   std::vector<std::complex<long double>> spectrum(n);
