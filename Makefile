@@ -1,0 +1,52 @@
+# The common tasks, each a few commands of CMake. Works on a Debian system that has only make:
+# what a task needs is installed first (see cmake/install_packages.sh).
+
+PREFIX = /usr/local
+DEMO_DIR = demo
+
+BUILD_PACKAGES = g++ cmake ninja-build libgdal-dev libcli11-dev
+TEST_PACKAGES = $(BUILD_PACKAGES) libgtest-dev libgmock-dev pkgconf
+LINT_PACKAGES = $(TEST_PACKAGES) clang-format clang-tidy
+
+# How many processes a build and a test run may use.
+JOBS = $$(nproc 2>/dev/null || echo 2)
+
+.PHONY: help demo test lint install clean
+
+help:
+	@echo 'make demo                simulate a radar scene, multilook it, show its spectrum'
+	@echo 'make demo IMAGE=path     the same on a radar image of your own'
+	@echo 'make test                build everything and run all tests'
+	@echo 'make lint                check the format of the sources and run clang-tidy'
+	@echo 'make install PREFIX=dir  install libraries, headers and the tool (default /usr/local)'
+	@echo 'make clean               remove the build folders and what the demo wrote'
+
+# IMAGE reaches the script through the environment, so that any file name survives.
+demo:
+	@sh cmake/install_packages.sh $(BUILD_PACKAGES)
+	@cmake -S . -B build/demo -G Ninja -DCMAKE_BUILD_TYPE=Release \
+	  -DSARNUM_BUILD_TOOLS=ON -DSARNUM_BUILD_EXAMPLES=ON --log-level=WARNING >/dev/null
+	@cmake --build build/demo --parallel "$(JOBS)" --target sarnum_tool simulate_scene
+	@sh examples/demo.sh build/demo '$(DEMO_DIR)' $${IMAGE:+"$$IMAGE"}
+
+test:
+	@sh cmake/install_packages.sh $(TEST_PACKAGES)
+	cmake --preset release
+	cmake --build --preset release --parallel "$(JOBS)"
+	ctest --preset release --parallel "$(JOBS)"
+
+lint:
+	@sh cmake/install_packages.sh $(LINT_PACKAGES)
+	git ls-files -z '*.h' '*.cpp' | xargs -0 clang-format --dry-run --Werror
+	cmake --preset dev
+	git ls-files -z 'src/*.cpp' 'tools/*.cpp' 'examples/*.cpp' | \
+	  xargs -0 -n 1 -P "$(JOBS)" clang-tidy --quiet --warnings-as-errors='*' -p build/dev
+
+install:
+	@sh cmake/install_packages.sh $(BUILD_PACKAGES)
+	cmake -S . -B build/install -G Ninja -DCMAKE_BUILD_TYPE=Release -DSARNUM_BUILD_TOOLS=ON
+	cmake --build build/install --parallel "$(JOBS)"
+	cmake --install build/install --prefix '$(PREFIX)'
+
+clean:
+	rm -rf build demo
