@@ -1,0 +1,45 @@
+// The commands, one function each. A command returns when its output is in place and throws
+// a Failure or UsageFailure otherwise.
+#ifndef SARNUM_TOOL_COMMANDS_H
+#define SARNUM_TOOL_COMMANDS_H
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "equivalent_looks.h"
+
+namespace sarnum::tool {
+
+/// What the commands that write a raster have in common.
+struct ConversionArguments {
+  std::string input;
+  std::string output;
+  std::string picture;  ///< empty: none
+  std::vector<std::string> creation_options;
+  bool overwrite = false;
+  bool show_progress = false;
+};
+
+struct MultilookArguments : ConversionArguments {
+  std::string looks;
+};
+
+struct DetectArguments : ConversionArguments {
+  bool amplitude = false;  ///< else intensity
+  bool intensity_was_asked_for = false;
+};
+
+struct InfoArguments {
+  std::string input;
+  std::optional<Quantity> quantity;  ///< what a real raster holds, when the user tells
+};
+
+void run_multilook(const MultilookArguments& arguments);
+void run_detect(const DetectArguments& arguments);
+void run_spectrum(const ConversionArguments& arguments);
+void run_info(const InfoArguments& arguments);
+
+}  // namespace sarnum::tool
+
+#endif

@@ -1,0 +1,78 @@
+// What is known about a raster beside its pixels: where it lies, what its values mean. Held
+// as a value, so that a command reads it from its input, changes what its work changes, and
+// applies the rest to its output.
+#ifndef SARNUM_TOOL_DESCRIPTION_H
+#define SARNUM_TOOL_DESCRIPTION_H
+
+#include <cpl_string.h>
+#include <gdal_priv.h>
+#include <ogr_spatialref.h>
+
+#include <array>
+#include <optional>
+#include <string>
+
+namespace sarnum::tool {
+
+class RasterInput;
+
+/// Metadata item in which the tool notes what the values of a raster are, and its values.
+inline constexpr const char* quantity_item = "SARNUM_QUANTITY";
+inline constexpr const char* quantity_intensity = "intensity";
+inline constexpr const char* quantity_amplitude = "amplitude";
+
+/// Ground control points with the strings they own.
+class ControlPoints {
+ public:
+  ControlPoints() = default;
+  explicit ControlPoints(GDALDataset& dataset);
+  ~ControlPoints();
+  ControlPoints(ControlPoints&& other) noexcept;
+  ControlPoints(const ControlPoints&) = delete;
+  ControlPoints& operator=(const ControlPoints&) = delete;
+
+  int count() const { return count_; }
+  GDAL_GCP* points() { return points_; }
+  const GDAL_GCP* points() const { return points_; }
+  const OGRSpatialReference* reference() const { return has_reference_ ? &reference_ : nullptr; }
+
+ private:
+  int count_ = 0;
+  GDAL_GCP* points_ = nullptr;
+  bool has_reference_ = false;
+  OGRSpatialReference reference_;
+};
+
+struct Description {
+  explicit Description(const RasterInput& input);
+
+  std::optional<OGRSpatialReference> reference;
+  std::optional<std::array<double, 6>> geotransform;
+  ControlPoints control_points;
+  CPLStringList rational_model;  // RPC
+  CPLStringList metadata;        // of the dataset, without statistics
+  CPLStringList band_metadata;   // of the band, without statistics
+  std::string band_description;
+  std::string unit;
+  std::optional<double> nodata;
+  std::optional<double> scale;
+  std::optional<double> offset;
+
+  /// Pixels become so many times larger; the image keeps its corner.
+  void enlarge_pixels(int across, int down);
+
+  /// Gives all of it to a raster open for writing; throws a Failure naming `path`.
+  void apply(GDALDataset& dataset, const std::string& path) const;
+};
+
+/// Whether a sample is the nodata value, as far as 32-bit floats tell them apart.
+inline bool is_nodata(double value, const std::optional<double>& nodata) {
+  return nodata.has_value() && static_cast<float>(value) == static_cast<float>(*nodata);
+}
+
+/// The nodata value of a band, if it has one.
+std::optional<double> nodata_of(GDALRasterBand& band);
+
+}  // namespace sarnum::tool
+
+#endif

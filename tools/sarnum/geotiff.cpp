@@ -1,0 +1,132 @@
+#include "geotiff.h"
+
+#include <cpl_conv.h>
+#include <cpl_string.h>
+
+#include <cstddef>
+
+#include "messages.h"
+
+namespace sarnum::tool {
+namespace {
+
+constexpr const char* pam_option = "GDAL_PAM_ENABLED";
+
+GDALDriver& geotiff_driver() {
+  GDALDriver* const driver = GetGDALDriverManager()->GetDriverByName("GTiff");
+  if (driver == nullptr) {
+    throw Failure("this GDAL has no GeoTIFF driver");
+  }
+  return *driver;
+}
+
+CPLStringList option_list(const std::vector<std::string>& options) {
+  CPLStringList list;
+  for (const std::string& option : options) {
+    list.AddString(option.c_str());
+  }
+  return list;
+}
+
+}  // namespace
+
+void check_creation_options(const std::vector<std::string>& options) {
+  for (const std::string& option : options) {
+    const std::size_t equals = option.find('=');
+    if (equals == 0 || equals == std::string::npos) {
+      throw UsageFailure("--co " + in_quotes(option) + " is not of the form NAME=VALUE");
+    }
+    for (const char* const name : {"TFW", "WORLDFILE", "RPB", "RPCTXT"}) {
+      if (EQUAL(option.substr(0, equals).c_str(), name) &&
+          CPLTestBool(option.substr(equals + 1).c_str())) {
+        throw UsageFailure("--co " + in_quotes(option) +
+                           " would write a second file; all is kept in the GeoTIFF itself");
+      }
+    }
+  }
+  forget_gdal_messages();
+  const CPLStringList list = option_list(options);
+  if (GDALValidateCreationOptions(&geotiff_driver(), list.List()) == FALSE) {
+    const std::vector<std::string> reasons = gdal_warnings();
+    throw UsageFailure("--co: " + (reasons.empty() ? "an option is not valid" : reasons.front()));
+  }
+}
+
+NoSidecars::NoSidecars() {
+  const char* const value = CPLGetThreadLocalConfigOption(pam_option, nullptr);
+  was_set_ = value != nullptr;
+  before_ = was_set_ ? value : "";
+  CPLSetThreadLocalConfigOption(pam_option, "NO");
+}
+
+NoSidecars::~NoSidecars() {
+  CPLSetThreadLocalConfigOption(pam_option, was_set_ ? before_.c_str() : nullptr);
+}
+
+GDALDatasetUniquePtr create_geotiff(const OutputFile& output, int width, int height,
+                                    GDALDataType type, const std::vector<std::string>& options) {
+  CPLStringList list = option_list(options);
+  if (list.FetchNameValue("BIGTIFF") == nullptr) {
+    list.SetNameValue("BIGTIFF", "IF_SAFER");
+  }
+  forget_gdal_messages();
+  GDALDatasetUniquePtr dataset(
+      geotiff_driver().Create(output.temporary().c_str(), width, height, 1, type, list.List()));
+  if (dataset == nullptr) {
+    fail_to_write(output, gdal_failure());
+  }
+  return dataset;
+}
+
+void write_rows(GDALDataset& dataset, const OutputFile& output, int first, int count,
+                GDALDataType type, void* pixels) {
+  forget_gdal_messages();
+  const int width = dataset.GetRasterXSize();
+  // A block that the cache writes late fails in a later call than its own, or in none.
+  if (dataset.GetRasterBand(1)->RasterIO(GF_Write, 0, first, width, count, pixels, width, count,
+                                         type, 0, 0, nullptr) != CE_None ||
+      !gdal_failure().empty()) {
+    fail_to_write(output, gdal_failure());
+  }
+}
+
+void close_written(GDALDatasetUniquePtr dataset, const OutputFile& output) {
+  forget_gdal_messages();
+  dataset.reset();
+  if (!gdal_failure().empty()) {
+    fail_to_write(output, gdal_failure());
+  }
+}
+
+void check_written(const OutputFile& output, int width, int height, GDALDataType type) {
+  forget_gdal_messages();
+  const NoSidecars no_sidecars;
+  const GDALDatasetUniquePtr dataset(
+      GDALDataset::Open(output.temporary().c_str(), GDAL_OF_RASTER | GDAL_OF_VERBOSE_ERROR));
+  const std::string what = "the file does not read back as it was written";
+  if (dataset == nullptr || dataset->GetRasterXSize() != width ||
+      dataset->GetRasterYSize() != height || dataset->GetRasterCount() != 1 ||
+      dataset->GetRasterBand(1)->GetRasterDataType() != type) {
+    fail_to_write(output, what + (dataset == nullptr ? ": " + gdal_failure() : ""));
+  }
+  std::vector<std::byte> row(static_cast<std::size_t>(width) *
+                             static_cast<std::size_t>(GDALGetDataTypeSizeBytes(type)));
+  if (dataset->GetRasterBand(1)->RasterIO(GF_Read, 0, height - 1, width, 1, row.data(), width, 1,
+                                          type, 0, 0, nullptr) != CE_None) {
+    fail_to_write(output, what + ": " + gdal_failure());
+  }
+}
+
+void fail_to_write(const OutputFile& output, const std::string& why) {
+  throw Failure("cannot write " + in_quotes(output.name()) +
+                (why.empty() ? "" : ": " + replaced(why, output.temporary(), output.name())));
+}
+
+void warn_of_other_format(const std::string& name) {
+  const std::string suffix = CPLString(CPLGetExtension(name.c_str())).tolower();
+  if (!suffix.empty() && suffix != "tif" && suffix != "tiff" && suffix != "gtiff") {
+    warn(in_quotes(name) + " is written as GeoTIFF, whatever its name");
+  }
+}
+
+}  // namespace sarnum::tool

@@ -1,0 +1,185 @@
+// sarnum: the command line of the library. This file knows the arguments and the exit status;
+// each command has a file of its own.
+#include <cpl_conv.h>
+#include <gdal_priv.h>
+#include <sarnum/sarnum.h>
+#include <unistd.h>
+#include <CLI/CLI.hpp>
+
+#include <cstdio>
+#include <iostream>
+#include <new>
+
+#include "commands.h"
+#include "messages.h"
+#include "output.h"
+
+namespace sarnum::tool {
+namespace {
+
+enum : int { status_done = 0, status_failed = 1, status_usage = 2 };
+
+struct Arguments {
+  bool quiet = false;
+  bool progress = false;
+  MultilookArguments multilook;
+  DetectArguments detect;
+  ConversionArguments spectrum;
+  InfoArguments info;
+};
+
+std::string version_text() {
+  const BuildInfo info = build_info();
+  return std::string("sarnum ") + info.version + " (" + info.instruction_set + "; GDAL " +
+         GDALVersionInfo("RELEASE_NAME") + ")";
+}
+
+CLI::App& add_conversion(CLI::App& app, const char* name, const char* description,
+                         ConversionArguments& conversion, Arguments& arguments) {
+  CLI::App& command = *app.add_subcommand(name, description);
+  command
+      .add_option("INPUT", conversion.input, "Raster to read: any that GDAL opens; band 1 is used")
+      ->required();
+  command.add_option("OUTPUT", conversion.output, "GeoTIFF to write")->required();
+  command.add_flag("--overwrite", conversion.overwrite, "Replace existing output files");
+  command
+      .add_option("--co", conversion.creation_options,
+                  "GeoTIFF creation option, e.g. COMPRESS=DEFLATE (repeatable)")
+      ->type_name("NAME=VALUE")
+      ->allow_extra_args(false);
+  command
+      .add_option("--picture", conversion.picture,
+                  "Also write a grey quick look of at most 2048 pixels a side")
+      ->type_name("FILE.png");
+  CLI::Option* const quiet =
+      command.add_flag("-q,--quiet", arguments.quiet, "Neither progress nor warnings");
+  command
+      .add_flag("--progress", arguments.progress, "Show progress although stderr is no terminal")
+      ->excludes(quiet);
+  return command;
+}
+
+void add_multilook(CLI::App& app, Arguments& arguments) {
+  CLI::App& command = add_conversion(app, "multilook", "Average looks: less speckle, fewer pixels",
+                                     arguments.multilook, arguments);
+  command
+      .add_option("--looks", arguments.multilook.looks,
+                  "Samples averaged into one: columns x rows (at most 36 rows)")
+      ->type_name("ACROSSxDOWN")
+      ->required();
+  command.footer(
+      "Averages intensity or amplitude; detect complex images first. Georeferencing follows.\n"
+      "Example:\n  sarnum multilook intensity.tif looks.tif --looks 4x4 --picture looks.png");
+}
+
+void add_detect(CLI::App& app, Arguments& arguments) {
+  CLI::App& command = add_conversion(app, "detect", "Intensity or amplitude of pixels of any type",
+                                     arguments.detect, arguments);
+  CLI::Option* const amplitude =
+      command.add_flag("--amplitude", arguments.detect.amplitude, "Write amplitude, |z|");
+  command
+      .add_flag("--intensity", arguments.detect.intensity_was_asked_for,
+                "Write intensity, |z|^2 (the default: intensity is what may be averaged)")
+      ->excludes(amplitude);
+  command.footer(
+      "Values of a real raster are taken as amplitudes.\n"
+      "Example:\n  sarnum detect slc.tif intensity.tif");
+}
+
+void add_spectrum(CLI::App& app, Arguments& arguments) {
+  CLI::App& command = add_conversion(app, "spectrum", "Two-dimensional Fourier transform",
+                                     arguments.spectrum, arguments);
+  command.footer(
+      "The sides are padded with zeros to powers of two; the zero frequency is the first sample\n"
+      "of the output, and the middle of the picture, which shows log magnitude.\n"
+      "Example:\n  sarnum spectrum slc.tif spectrum.tif --picture spectrum.png");
+}
+
+void add_info(CLI::App& app, Arguments& arguments) {
+  CLI::App& command = *app.add_subcommand("info", "What a raster is, and its equivalent looks");
+  command.add_option("FILE", arguments.info.input, "Raster to read: any that GDAL opens")
+      ->required();
+  command.add_flag("-q,--quiet", arguments.quiet, "No warnings");
+  CLI::Option_group& reading =
+      *command.add_option_group("Reading", "What a real raster holds, for the equivalent looks");
+  const auto add = [&](const char* name, Quantity quantity, const char* description) {
+    reading.add_flag_callback(
+        name, [&arguments, quantity] { arguments.info.quantity = quantity; }, description);
+  };
+  add("--intensity", Quantity::intensity, "Intensity");
+  add("--amplitude", Quantity::amplitude, "Amplitude");
+  add("--decibel", Quantity::decibel, "Decibel of intensity");
+  reading.require_option(0, 1);
+  command.footer("Example:\n  sarnum info looks.tif");
+}
+
+void run(const CLI::App& app, Arguments& arguments) {
+  if (arguments.quiet) {
+    silence_warnings();
+  }
+  const bool progress = arguments.progress || (!arguments.quiet && isatty(STDERR_FILENO) == 1);
+  arguments.multilook.show_progress = progress;
+  arguments.detect.show_progress = progress;
+  arguments.spectrum.show_progress = progress;
+  if (app.got_subcommand("multilook")) {
+    run_multilook(arguments.multilook);
+  } else if (app.got_subcommand("detect")) {
+    run_detect(arguments.detect);
+  } else if (app.got_subcommand("spectrum")) {
+    run_spectrum(arguments.spectrum);
+  } else {
+    run_info(arguments.info);
+  }
+}
+
+int parse_and_run(int argc, char** argv) {
+  CLI::App app("Numerical routines for radar (SAR) images", "sarnum");
+  Arguments arguments;
+  app.require_subcommand(1);
+  app.set_version_flag("--version", version_text, "Version, instruction set and GDAL in use");
+  app.get_formatter()->column_width(36);
+  add_detect(app, arguments);
+  add_multilook(app, arguments);
+  add_spectrum(app, arguments);
+  add_info(app, arguments);
+  app.footer(
+      "sarnum COMMAND --help tells more. Exit status: 0 done, 1 a file or the work failed,\n"
+      "2 the arguments are at fault.");
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::Success& request) {  // --help, --version
+    return app.exit(request, std::cout, std::cerr) == 0 && std::cout.flush() ? status_done
+                                                                             : status_failed;
+  } catch (const CLI::ParseError& error) {
+    throw UsageFailure(one_line(error.what()) + " (see sarnum --help)");
+  }
+  // Reading a .gz file would leave a note on its contents beside it.
+  CPLSetConfigOption("CPL_VSIL_GZIP_WRITE_PROPERTIES", "NO");
+  GDALAllRegister();
+  run(app, arguments);
+  return status_done;
+}
+
+int main_without_exceptions(int argc, char** argv) noexcept {
+  try {
+    install_gdal_message_handler();
+    install_signal_handlers();
+    return parse_and_run(argc, argv);
+  } catch (const UsageFailure& failure) {
+    report_error(failure.what());
+    return status_usage;
+  } catch (const std::bad_alloc&) {
+    std::fputs("sarnum: error: out of memory; nothing was written\n", stderr);
+    return status_failed;
+  } catch (const std::exception& failure) {
+    report_error(failure.what());
+    return status_failed;
+  }
+}
+
+}  // namespace
+}  // namespace sarnum::tool
+
+int main(int argc, char** argv) {
+  return sarnum::tool::main_without_exceptions(argc, argv);
+}

@@ -1,0 +1,60 @@
+// Progress on stderr as GDAL's programs show it, and the meters that carry the library's
+// progress there.
+#ifndef SARNUM_TOOL_PROGRESS_H
+#define SARNUM_TOOL_PROGRESS_H
+
+#include <sarnum/sarnum.h>
+
+namespace sarnum::tool {
+
+/// One line, 0...10...20 ... 90...100 - done. The last number waits for finish(): a user who
+/// reads "done" has a finished file.
+class Progress {
+ public:
+  explicit Progress(bool shown) : shown_(shown) {}
+
+  /// Shows that `fraction` of the work is done; it never goes back.
+  void update(double fraction);
+  void finish();
+
+ private:
+  bool shown_;
+  int ticks_ = -1;  // fortieths shown so far
+};
+
+/// A part of the whole progress, from `begin` to `end` of it.
+struct ProgressSpan {
+  Progress& progress;
+  double begin;
+  double end;
+
+  void update(double fraction) const { progress.update(begin + (end - begin) * fraction); }
+};
+
+/// A meter of the library (CMeterInfo or CCustomMeterInfo) that advances a progress line.
+template <class Meter>
+class ProgressMeter final : public Meter {
+ public:
+  explicit ProgressMeter(ProgressSpan span) : span_(span) {}
+
+  void SetRange(int lower, int upper) override {
+    steps_ = static_cast<double>(upper) - lower;
+    done_ = 0;
+  }
+
+  void StepIt() override {
+    done_ += 1;
+    if (steps_ > 0) {
+      span_.update(done_ / steps_);
+    }
+  }
+
+ private:
+  ProgressSpan span_;
+  double steps_ = 0;
+  double done_ = 0;
+};
+
+}  // namespace sarnum::tool
+
+#endif

@@ -1,0 +1,284 @@
+#include "raster_input.h"
+
+#include <cpl_conv.h>
+#include <cpl_string.h>
+#include <gdal_pam.h>
+#include <rawdataset.h>
+#include <sarnum/sarnum.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdint>
+#include <cstring>
+#include <optional>
+
+#include "description.h"
+#include "messages.h"
+
+namespace sarnum::tool {
+namespace {
+
+/// Types of GDAL without one of the library are delivered in the next larger.
+PixelType pixel_type(GDALRasterBand& band) {
+  switch (band.GetRasterDataType()) {
+    case GDT_Byte: {
+      const char* const kind = band.GetMetadataItem("PIXELTYPE", "IMAGE_STRUCTURE");
+      if (kind != nullptr && EQUAL(kind, "SIGNEDBYTE")) {
+        return {TD_INT8, "TD_INT8", GDT_Byte};
+      }
+      return {TD_UINT8, "TD_UINT8", GDT_Byte};
+    }
+#if GDAL_VERSION_NUM >= GDAL_COMPUTE_VERSION(3, 7, 0)
+    case GDT_Int8:
+      return {TD_INT8, "TD_INT8", GDT_Int8};
+#endif
+    case GDT_UInt16:
+      return {TD_UINT16, "TD_UINT16", GDT_UInt16};
+    case GDT_Int16:
+      return {TD_INT16, "TD_INT16", GDT_Int16};
+    case GDT_UInt32:
+      return {TD_UINT32, "TD_UINT32", GDT_UInt32};
+    case GDT_Int32:
+      return {TD_INT32, "TD_INT32", GDT_Int32};
+    case GDT_Float32:
+      return {TD_FLOAT32, "TD_FLOAT32", GDT_Float32};
+    case GDT_CFloat32:
+      return {TD_COMPLEX_FLOAT32, "TD_COMPLEX_FLOAT32", GDT_CFloat32};
+    case GDT_CInt16:
+      return {TD_COMPLEX_INT16, "TD_COMPLEX_INT16", GDT_CInt16};
+    case GDT_CInt32:
+      return {TD_COMPLEX_INT32, "TD_COMPLEX_INT32", GDT_CInt32};
+    default:
+      if (GDALDataTypeIsComplex(band.GetRasterDataType()) != 0) {
+        return {TD_COMPLEX_FLOAT64, "TD_COMPLEX_FLOAT64", GDT_CFloat64};
+      }
+      return {TD_FLOAT64, "TD_FLOAT64", GDT_Float64};
+  }
+}
+
+/// Refuses what GDAL would wait on for ever, or explain badly.
+void check_file(const std::string& path, bool could_not_be_opened) {
+  struct stat status {};
+  if (stat(path.c_str(), &status) != 0) {
+    // Not every name that GDAL opens is that of a file.
+    if (could_not_be_opened && errno != ENAMETOOLONG &&
+        gdal_failure().find("such file") != std::string::npos) {
+      throw Failure("cannot open " + in_quotes(path) + ": " + std::strerror(errno));
+    }
+    return;
+  }
+  if (!S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode)) {
+    throw Failure("cannot open " + in_quotes(path) + ": it is not a regular file");
+  }
+  if (!could_not_be_opened) {
+    return;
+  }
+  if (S_ISDIR(status.st_mode)) {
+    throw Failure("cannot open " + in_quotes(path) + ": it is a folder; name a raster file in it");
+  }
+  if (access(path.c_str(), R_OK) != 0) {
+    throw Failure("cannot open " + in_quotes(path) + ": " + std::strerror(errno));
+  }
+  if (status.st_size == 0) {
+    throw Failure("cannot open " + in_quotes(path) + ": the file is empty");
+  }
+}
+
+/// Bytes from the first of `count` elements to the last one, `stride` apart.
+std::uint64_t extent(std::int64_t stride, int count) {
+  return stride > 0 ? static_cast<std::uint64_t>(stride) * static_cast<std::uint64_t>(count - 1)
+                    : std::uint64_t{0};
+}
+
+/// A file of plain pixels: how long it is, and how long it must be.
+struct RawFile {
+  std::string name;
+  std::uint64_t size;
+  std::uint64_t needed;
+};
+
+/// The file behind a raster of plain pixels; nothing when it is stored in another way.
+std::optional<RawFile> raw_file(const std::string& path, GDALDataset& dataset) {
+  const auto sample_bytes = [](GDALDataType type) {
+    return static_cast<std::uint64_t>(GDALGetDataTypeSizeBytes(type));
+  };
+  GDALRasterBand& band = *dataset.GetRasterBand(dataset.GetRasterCount());
+  if (const auto* const raw = dynamic_cast<const RawRasterBand*>(&band)) {
+    VSILFILE* const file = raw->GetFPL();
+    if (file == nullptr || VSIFSeekL(file, 0, SEEK_END) != 0) {
+      return std::nullopt;
+    }
+    return RawFile{path, VSIFTellL(file),
+                   raw->GetImgOffset() + extent(raw->GetPixelOffset(), band.GetXSize()) +
+                       extent(raw->GetLineOffset(), band.GetYSize()) +
+                       sample_bytes(band.GetRasterDataType())};
+  }
+  GDALDataset::RawBinaryLayout layout;
+  VSIStatBufL status;
+  if (!dataset.GetRawBinaryLayout(layout) || VSIStatL(layout.osRawFilename.c_str(), &status) != 0) {
+    return std::nullopt;
+  }
+  return RawFile{layout.osRawFilename, static_cast<std::uint64_t>(status.st_size),
+                 layout.nImageOffset + extent(layout.nPixelOffset, dataset.GetRasterXSize()) +
+                     extent(layout.nLineOffset, dataset.GetRasterYSize()) +
+                     extent(layout.nBandOffset, dataset.GetRasterCount()) +
+                     sample_bytes(layout.eDataType)};
+}
+
+/// GDAL reads the missing end of a file of plain pixels as zeros and says nothing.
+void check_raw_size(const std::string& path, GDALDataset& dataset) {
+  const std::optional<RawFile> file = raw_file(path, dataset);
+  if (file && file->size < file->needed) {
+    throw Failure(in_quotes(file->name) + " is truncated: it has " + std::to_string(file->size) +
+                  " bytes but its pixels need " + std::to_string(file->needed) +
+                  "; copy or make it again");
+  }
+}
+
+/// GDAL keeps some of what it finds out while reading beside the file, unless told not to.
+void forbid_sidecar(GDALDataset& dataset) {
+  if (auto* const pam = dynamic_cast<GDALPamDataset*>(&dataset)) {
+    pam->SetPamFlags(pam->GetPamFlags() | GPF_NOSAVE);
+  }
+}
+
+/// Blocks that were never written are read as zeros too: the trace of an interrupted program,
+/// or meant so. They are accepted where a nodata value marks them.
+void check_coverage(const std::string& path, GDALRasterBand& band) {
+  const int status = band.GetDataCoverageStatus(0, 0, band.GetXSize(), band.GetYSize(), 0, nullptr);
+  if ((status & GDAL_DATA_COVERAGE_STATUS_UNIMPLEMENTED) != 0 ||
+      (status & GDAL_DATA_COVERAGE_STATUS_EMPTY) == 0) {
+    return;
+  }
+  if (!nodata_of(band)) {
+    throw Failure(in_quotes(path) +
+                  " is incomplete: parts of it were never written; make it again, or, if they are "
+                  "meant to be zero, copy it with gdal_translate first");
+  }
+  warn("parts of " + in_quotes(path) + " were never written and are read as nodata");
+}
+
+/// The parts of a virtual raster, which may lie in truncated files of their own.
+void check_sources(const std::string& path, GDALDataset& dataset, int depth) {
+  constexpr int deepest = 4;
+  const GDALDriver* const driver = dataset.GetDriver();
+  if (depth > deepest || driver == nullptr || !EQUAL(driver->GetDescription(), "VRT")) {
+    return;
+  }
+  const CPLStringList files(dataset.GetFileList());
+  for (int i = 0; i < files.size(); ++i) {
+    if (path == files[i]) {
+      continue;
+    }
+    const GDALDatasetUniquePtr source(GDALDataset::Open(files[i], GDAL_OF_RASTER));
+    if (source != nullptr && source->GetRasterCount() > 0) {
+      forbid_sidecar(*source);
+      check_raw_size(files[i], *source);
+      check_sources(files[i], *source, depth + 1);
+    }
+  }
+}
+
+}  // namespace
+
+RasterInput::RasterInput(const std::string& path) : path_(path) {
+  check_file(path, false);
+  forget_gdal_messages();
+  dataset_.reset(
+      GDALDataset::Open(path.c_str(), GDAL_OF_RASTER | GDAL_OF_READONLY | GDAL_OF_VERBOSE_ERROR));
+  if (dataset_ == nullptr) {
+    check_file(path, true);
+    fail_with_gdal_reason("cannot open " + in_quotes(path));
+  }
+  forbid_sidecar(*dataset_);
+  if (dataset_->GetRasterCount() < 1) {
+    const CPLStringList parts(dataset_->GetMetadata("SUBDATASETS"), FALSE);
+    const char* const part = parts.FetchNameValue("SUBDATASET_1_NAME");
+    throw Failure(in_quotes(path) + " holds no raster band" +
+                  (part == nullptr ? "" : "; name one of its parts, e.g. " + in_quotes(part)));
+  }
+  type_ = pixel_type(band());
+  check_raw_size(path, *dataset_);
+  check_coverage(path, band());
+  for (const std::string& warning : gdal_warnings()) {
+    warn(in_quotes(path) + ": " + warning);
+  }
+  check_sources(path, *dataset_, 0);
+  if (dataset_->GetRasterCount() > 1) {
+    warn(in_quotes(path) + " has " + std::to_string(dataset_->GetRasterCount()) +
+         " bands; only band 1 is used");
+  }
+}
+
+void RasterInput::read_rows(int first, int count, void* pixels) const {
+  read_rows(first, count, type_.delivered_as, pixels);
+}
+
+void RasterInput::read_rows(int first, int count, GDALDataType type, void* pixels) const {
+  forget_gdal_messages();
+  if (band().RasterIO(GF_Read, 0, first, width(), count, pixels, width(), count, type, 0, 0,
+                      nullptr) != CE_None) {
+    fail_with_gdal_reason("cannot read " + in_quotes(path_) + ", rows " + std::to_string(first) +
+                          " to " + std::to_string(first + count - 1));
+  }
+}
+
+int RasterInput::rows_in_a_block() const {
+  constexpr int pixels_in_a_block = 1 << 18;
+  return std::clamp(pixels_in_a_block / width(), 1, height());
+}
+
+std::vector<std::string> RasterInput::files() const {
+  std::vector<std::string> names{path_};
+  const CPLStringList files(dataset_->GetFileList());
+  for (int i = 0; i < files.size(); ++i) {
+    names.emplace_back(files[i]);
+  }
+  return names;
+}
+
+std::string RasterInput::sign_of_decibels() const {
+  if (type_.is_complex()) {
+    return "";
+  }
+  for (const char* const word : {band().GetUnitType(), band().GetDescription()}) {
+    const std::string text = CPLString(word != nullptr ? word : "").tolower();
+    if (text == "db" || text.find("decibel") != std::string::npos || text.ends_with("_db") ||
+        text.ends_with(" db") || text.ends_with("[db]") || text.ends_with("(db)")) {
+      return "it is labelled " + in_quotes(word);
+    }
+  }
+  const std::optional<double> nodata = nodata_of(band());
+  constexpr int most_rows = 16;
+  const int rows = std::min(most_rows, height());
+  std::vector<double> row(static_cast<std::size_t>(width()));
+  for (int k = 0; k < rows; ++k) {
+    const std::int64_t middle = (2 * std::int64_t{k} + 1) * height() / (2 * std::int64_t{rows});
+    read_rows(static_cast<int>(middle), 1, GDT_Float64, row.data());
+    if (std::any_of(row.begin(), row.end(),
+                    [&](double value) { return value < 0 && !is_nodata(value, nodata); })) {
+      return "it has values below zero";
+    }
+  }
+  return "";
+}
+
+void limit_gdal_cache(const RasterInput& input) {
+  if (CPLGetConfigOption("GDAL_CACHEMAX", nullptr) != nullptr) {
+    return;
+  }
+  constexpr GIntBig smallest = GIntBig{64} << 20;
+  int block_width = 0;
+  int block_height = 0;
+  input.band().GetBlockSize(&block_width, &block_height);
+  const GIntBig blocks_across =
+      (input.width() + GIntBig{block_width} - 1) / std::max(block_width, 1);
+  const GIntBig row_of_blocks = blocks_across * block_width * block_height *
+                                GDALGetDataTypeSizeBytes(input.band().GetRasterDataType());
+  const GIntBig largest = std::max(CPLGetPhysicalRAM() / 4, smallest);
+  GDALSetCacheMax64(std::min(smallest + row_of_blocks, largest));
+}
+
+}  // namespace sarnum::tool

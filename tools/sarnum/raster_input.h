@@ -1,0 +1,64 @@
+// The raster that a command reads: opened for reading only, checked to be whole as far as
+// that shows without reading it, its first band delivered row by row.
+#ifndef SARNUM_TOOL_RASTER_INPUT_H
+#define SARNUM_TOOL_RASTER_INPUT_H
+
+#include <gdal_priv.h>
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace sarnum::tool {
+
+/// A pixel type of the library and the type in which GDAL delivers such pixels.
+struct PixelType {
+  int code;          ///< TD_UINT8 … TD_COMPLEX_INT32
+  const char* name;  ///< as sarnum.h spells it
+  GDALDataType delivered_as;
+
+  bool is_complex() const { return GDALDataTypeIsComplex(delivered_as) != 0; }
+  std::size_t bytes() const {
+    return static_cast<std::size_t>(GDALGetDataTypeSizeBytes(delivered_as));
+  }
+};
+
+class RasterInput {
+ public:
+  /// Throws a Failure that names the file when it is no raster that can be read whole.
+  explicit RasterInput(const std::string& path);
+
+  const std::string& path() const { return path_; }
+  GDALDataset& dataset() const { return *dataset_; }
+  GDALRasterBand& band() const { return *dataset_->GetRasterBand(1); }
+  int width() const { return dataset_->GetRasterXSize(); }
+  int height() const { return dataset_->GetRasterYSize(); }
+  const PixelType& type() const { return type_; }
+
+  /// Reads `count` rows of the first band as pixels of type().
+  void read_rows(int first, int count, void* pixels) const;
+  /// The same, as pixels of a type of GDAL.
+  void read_rows(int first, int count, GDALDataType type, void* pixels) const;
+
+  /// So many rows that a block of them holds about a quarter of a million pixels.
+  int rows_in_a_block() const;
+
+  /// The files the raster consists of, with those read beside it.
+  std::vector<std::string> files() const;
+
+  /// Why the samples are to be taken for decibels, or nothing. Reads a few rows.
+  std::string sign_of_decibels() const;
+
+ private:
+  std::string path_;
+  GDALDatasetUniquePtr dataset_;
+  PixelType type_{};
+};
+
+/// Gives GDAL a small cache, enough for one row of blocks of the raster, so that memory does
+/// not grow with the image. GDAL_CACHEMAX in the environment has the last word.
+void limit_gdal_cache(const RasterInput& input);
+
+}  // namespace sarnum::tool
+
+#endif
