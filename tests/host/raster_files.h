@@ -51,10 +51,10 @@ inline void make_raster(const std::string& path, const RasterSpec& spec,
       for (int column = 0; column < spec.width; ++column) {
         samples[static_cast<std::size_t>(column)] = value(column, row) + band - 1;
       }
-      ASSERT_EQ(dataset->GetRasterBand(band)->RasterIO(GF_Write, 0, row, spec.width, 1,
-                                                       samples.data(), spec.width, 1, GDT_Float64,
-                                                       0, 0, nullptr),
-                CE_None);
+      ASSERT_EQ(
+          dataset->GetRasterBand(band)->RasterIO(GF_Write, 0, row, spec.width, 1, samples.data(),
+                                                 spec.width, 1, GDT_Float64, 0, 0, nullptr),
+          CE_None);
     }
   }
   if (finish) {
