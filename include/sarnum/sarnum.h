@@ -13,8 +13,11 @@
 #define SARNUM_SARNUM_H
 
 #include "sarnum/build_info.h"
+#include "sarnum/fft/block_fft.h"
 #include "sarnum/fft/fft_object.h"
 #include "sarnum/fft/reference.h"
+#include "sarnum/fft/single_precision.h"
+#include "sarnum/fft/table_driven.h"
 #include "sarnum/fft/tables.h"
 #include "sarnum/imaging/noncoherent_accumulation.h"
 #include "sarnum/numeric/pixel_types.h"

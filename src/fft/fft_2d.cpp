@@ -18,8 +18,10 @@
 
 namespace {
 
+using sarnum::CentredForwardLine;
 using sarnum::Complex;
-using sarnum::Direction;
+using sarnum::ForwardLine;
+using sarnum::InverseLine;
 using sarnum::Twiddles;
 
 constexpr int forward_label = 700;
@@ -97,14 +99,14 @@ constexpr bool has_row_pass =
     std::is_same_v<typename Layout::Element, double> == std::is_same_v<Real, double> &&
     !(Layout::is_complex && std::is_unsigned_v<typename Layout::Element>);
 
-/// One transform of a raster into dst. Its lines are divided by their length when it is the
-/// forward one.
-template <class Real, Direction direction>
+/// One transform of a raster into dst, with `line` as the transform of every row and column.
+template <class Real, class Line>
 class RasterTransform {
  public:
-  RasterTransform(void** dst, const PaddedSize& size, const LineBuffers<Real>& buffers,
+  RasterTransform(Line line, void** dst, const PaddedSize& size, const LineBuffers<Real>& buffers,
                   CMeterInfo* meter)
-      : dst_(dst),
+      : line_(line),
+        dst_(dst),
         size_(size),
         buffers_(buffers),
         meter_(meter),
@@ -122,7 +124,7 @@ class RasterTransform {
       sarnum::load_pixels<Layout>(src[row], width, buffers_.re(), buffers_.im());
       std::fill(buffers_.re() + width, buffers_.re() + columns, Real{0});
       std::fill(buffers_.im() + width, buffers_.im() + columns, Real{0});
-      sarnum::transform_line(buffers_.re(), buffers_.im(), row_twiddles_, direction);
+      line_(buffers_.re(), buffers_.im(), row_twiddles_);
       for (std::size_t column = 0; column < columns; ++column) {
         store(row, column, column, divisor);
       }
@@ -145,7 +147,7 @@ class RasterTransform {
         buffers_.re()[row] = pixel.re;
         buffers_.im()[row] = pixel.im;
       }
-      sarnum::transform_line(buffers_.re(), buffers_.im(), twiddles, direction);
+      line_(buffers_.re(), buffers_.im(), twiddles);
       for (std::size_t row = 0; row < rows; ++row) {
         store(row, column, row, divisor);
       }
@@ -155,7 +157,7 @@ class RasterTransform {
 
  private:
   static Real divisor_for(std::size_t length) {
-    return direction == Direction::forward ? static_cast<Real>(length) : Real{1};
+    return Line::divides_in_2d ? static_cast<Real>(length) : Real{1};
   }
 
   /// Pixel (row, column) of dst becomes entry i of the buffers, divided.
@@ -165,6 +167,7 @@ class RasterTransform {
                 sizeof(pixel));
   }
 
+  Line line_;
   void** dst_;
   PaddedSize size_;
   const LineBuffers<Real>& buffers_;
@@ -174,8 +177,9 @@ class RasterTransform {
 };
 
 /// @return false, with nothing touched, when the work storage cannot be had.
-template <class Real>
-bool forward(void** src, void** dst, int width, int height, int type, CMeterInfo* meter) {
+template <class Real, class Line>
+bool forward(Line line, void** src, void** dst, int width, int height, int type,
+             CMeterInfo* meter) {
   const auto size = padded_size(width, height);
   if (!size.has_value()) {
     return false;
@@ -185,7 +189,7 @@ bool forward(void** src, void** dst, int width, int height, int type, CMeterInfo
     return false;
   }
   start_meter(meter, *size, forward_label);
-  RasterTransform<Real, Direction::forward> transform(dst, *size, buffers, meter);
+  RasterTransform<Real, Line> transform(line, dst, *size, buffers, meter);
   sarnum::with_pixel_layout(type, [&](auto layout) {
     if constexpr (has_row_pass<decltype(layout), Real>) {
       transform.template transform_rows<decltype(layout)>(src, static_cast<std::size_t>(width),
@@ -196,6 +200,15 @@ bool forward(void** src, void** dst, int width, int height, int type, CMeterInfo
   return true;
 }
 
+/// forward() in the precision of the pixel type.
+template <class Line>
+bool forward_of_type(Line line, void** src, void** dst, int width, int height, int type,
+                     CMeterInfo* meter) {
+  return type == TD_FLOAT64 || type == TD_COMPLEX_FLOAT64
+             ? forward<double>(line, src, dst, width, height, type, meter)
+             : forward<float>(line, src, dst, width, height, type, meter);
+}
+
 /// @return false, with dst untouched, when the work storage cannot be had.
 template <class Real>
 bool inverse(void** src, void** dst, const PaddedSize& size, CMeterInfo* meter) {
@@ -203,7 +216,7 @@ bool inverse(void** src, void** dst, const PaddedSize& size, CMeterInfo* meter) 
   if (!buffers) {
     return false;
   }
-  RasterTransform<Real, Direction::inverse> transform(dst, size, buffers, meter);
+  RasterTransform<Real, InverseLine> transform({}, dst, size, buffers, meter);
   transform.template transform_rows<sarnum::PixelLayout<Real, true>>(src, size.columns(),
                                                                      size.rows());
   transform.transform_columns();
@@ -214,10 +227,13 @@ bool inverse(void** src, void** dst, const PaddedSize& size, CMeterInfo* meter) 
 
 int CFFTClass::FFT_2D(void** src, void** dst, int width, int height, int TypeData,
                       CMeterInfo* meter) {
-  const bool in_double = TypeData == TD_FLOAT64 || TypeData == TD_COMPLEX_FLOAT64;
-  const bool done = in_double ? forward<double>(src, dst, width, height, TypeData, meter)
-                              : forward<float>(src, dst, width, height, TypeData, meter);
-  return done ? 1 : 0;
+  return forward_of_type(ForwardLine{}, src, dst, width, height, TypeData, meter) ? 1 : 0;
+}
+
+int CFFTClass::FFT_2D_NEW(void** src, void** dst, int width, int height, int TypeData, int centre,
+                          CMeterInfo* meter) {
+  forward_of_type(CentredForwardLine{centre}, src, dst, width, height, TypeData, meter);
+  return 1;
 }
 
 int CFFTClass::IFFT_2D(void** src, void** dst, int width, int height, int TypeData,

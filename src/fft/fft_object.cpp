@@ -1,5 +1,5 @@
-// CFFTClass: special members and one-dimensional transforms. Its two-dimensional members are in
-// fft_2d.cpp.
+// CFFTClass: special members and one-dimensional transforms. SyntAlmaz is in synthesis.cpp, the
+// two-dimensional members are in fft_2d.cpp.
 #include "sarnum/fft/fft_object.h"
 
 #include "fft/exponent.h"
@@ -7,12 +7,10 @@
 
 namespace {
 
-using sarnum::Direction;
-
-template <class Real>
-void transform(Real* re, Real* im, int m, Direction direction) {
+template <class Real, class Line>
+void transform(Line line, Real* re, Real* im, int m) {
   if (sarnum::is_transform_exponent(m)) {
-    sarnum::transform_line(re, im, sarnum::line_twiddles(m), direction);
+    line(re, im, sarnum::line_twiddles(m));
   }
 }
 
@@ -24,19 +22,27 @@ CFFTClass& CFFTClass::operator=(const CFFTClass&) = default;
 CFFTClass::~CFFTClass() = default;
 
 void CFFTClass::fft(float* const re, float* const im, int m) {
-  transform(re, im, m, Direction::forward);
+  transform(sarnum::ForwardLine{}, re, im, m);
 }
 
 void CFFTClass::ifft(float* const re, float* const im, int m) {
-  transform(re, im, m, Direction::inverse);
+  transform(sarnum::InverseLine{}, re, im, m);
 }
 
 void CFFTClass::fft(double* const re, double* const im, int m) {
-  transform(re, im, m, Direction::forward);
+  transform(sarnum::ForwardLine{}, re, im, m);
 }
 
 void CFFTClass::ifft(double* const re, double* const im, int m) {
-  transform(re, im, m, Direction::inverse);
+  transform(sarnum::InverseLine{}, re, im, m);
+}
+
+void CFFTClass::fft_new(float* const re, float* const im, int m, int centre) {
+  transform(sarnum::CentredForwardLine{centre}, re, im, m);
+}
+
+void CFFTClass::fft_new(double* const re, double* const im, int m, int centre) {
+  transform(sarnum::CentredForwardLine{centre}, re, im, m);
 }
 
 int CFFTClass::CeilPowerOfTwo(int n) {

@@ -1,5 +1,10 @@
 // The one-dimensional transforms of CFFTClass with their twiddles given, so that all rows (or
 // columns) of a raster share them.
+//
+// A line transform is a function of the two arrays of a line and the twiddles of its length. All
+// arithmetic is in double; results are rounded to float at each store for float elements, and in
+// the inverse for elements of either type. None scales; divides_in_2d says whether a
+// two-dimensional transform made of it divides each line by its length.
 #pragma once
 
 #include "fft/radix2.h"
@@ -12,16 +17,43 @@ inline Twiddles<double> line_twiddles(int m) {
   return {6.283185307179586, m};
 }
 
-/// Transforms 2^m elements in place, without scaling. All arithmetic is in double; results are
-/// rounded to float at each store for float elements, and in every inverse.
-template <class Real>
-void transform_line(Real* re, Real* im, const Twiddles<double>& twiddles, Direction direction) {
-  const SplitSamples<Real> line{re, im};
-  if (direction == Direction::forward) {
-    radix2<Arithmetic<double, Real>, Direction::forward>(line, twiddles);
-  } else {
-    radix2<Arithmetic<double, float>, Direction::inverse>(line, twiddles);
+struct ForwardLine {
+  static constexpr bool divides_in_2d = true;
+
+  template <class Real>
+  void operator()(Real* re, Real* im, const Twiddles<double>& twiddles) const {
+    radix2<Arithmetic<double, Real>, Direction::forward>(SplitSamples<Real>{re, im}, twiddles);
   }
-}
+};
+
+struct InverseLine {
+  static constexpr bool divides_in_2d = false;
+
+  template <class Real>
+  void operator()(Real* re, Real* im, const Twiddles<double>& twiddles) const {
+    radix2<Arithmetic<double, float>, Direction::inverse>(SplitSamples<Real>{re, im}, twiddles);
+  }
+};
+
+/// The forward transform, of the line multiplied by (−1)^i when `centre` is 1: that moves
+/// frequency zero to the middle.
+struct CentredForwardLine {
+  static constexpr bool divides_in_2d = true;
+
+  int centre;
+
+  template <class Real>
+  void operator()(Real* re, Real* im, const Twiddles<double>& twiddles) const {
+    if (centre == 1) {
+      const std::size_t n = std::size_t{1} << twiddles.exponent();
+      for (std::size_t i = 0; i < n; ++i) {
+        const Real sign = i % 2 == 0 ? Real{1} : Real{-1};
+        re[i] *= sign;
+        im[i] *= sign;
+      }
+    }
+    ForwardLine{}(re, im, twiddles);
+  }
+};
 
 }  // namespace sarnum

@@ -2,14 +2,14 @@
 //
 // A transform is m stages of butterflies over elements in natural order, one twiddle factor a
 // group of butterflies, and a bit-reversal permutation at the end. The forms differ in four
-// choices, which are the parameters here: where the elements lie (samples), the type that the
+// choices, which are the parameters here: where the elements lie (Samples), the type that the
 // butterflies compute in and the type each result is rounded to (Arithmetic), where the
-// twiddles come from, and the direction. Each result depends on the order of the operations
-// written down below; no other order, and no fused multiply-add, may take its place.
+// twiddles come from, and the direction. Whether an inverse divides by the length is up to it. Each
+// result depends on the order of the operations written down below; no other order, and no fused
+// multiply-add, may take its place.
 #pragma once
 
 #include <cstddef>
-#include <utility>
 
 #include "fft/bit_reversal.h"
 #include "fft/twiddles.h"
@@ -41,6 +41,20 @@ struct SplitSamples {
   void store(std::size_t i, Complex<Real> value) const {
     re[i] = value.re;
     im[i] = value.im;
+  }
+};
+
+/// Elements in one array, the real part of each before its imaginary part.
+template <class Real>
+struct InterleavedSamples {
+  using Element = Real;
+
+  Real* data;
+
+  Complex<Real> load(std::size_t i) const { return {data[2 * i], data[2 * i + 1]}; }
+  void store(std::size_t i, Complex<Real> value) const {
+    data[2 * i] = value.re;
+    data[2 * i + 1] = value.im;
   }
 };
 
@@ -93,6 +107,13 @@ void butterflies(Samples x, int m, const TwiddleOf& twiddle_of) {
   }
 }
 
+template <class Samples>
+void exchange(Samples x, std::size_t i, std::size_t j) {
+  const auto at_i = x.load(i);
+  x.store(i, x.load(j));
+  x.store(j, at_i);
+}
+
 /// Brings the results of the stages into natural order.
 template <class Samples>
 void permute_bit_reversed(Samples x, int m) {
@@ -100,10 +121,19 @@ void permute_bit_reversed(Samples x, int m) {
   for (int i = 0; i < n; ++i) {
     const int j = reverse_low_bits(i, m);
     if (j > i) {
-      const auto at_i = x.load(static_cast<std::size_t>(i));
-      x.store(static_cast<std::size_t>(i), x.load(static_cast<std::size_t>(j)));
-      x.store(static_cast<std::size_t>(j), at_i);
+      exchange(x, static_cast<std::size_t>(i), static_cast<std::size_t>(j));
     }
+  }
+}
+
+/// Divides all 2^m elements by their number, in their own precision.
+template <class Samples>
+void divide_by_length(Samples x, int m) {
+  const std::size_t n = std::size_t{1} << m;
+  const auto divisor = static_cast<typename Samples::Element>(n);
+  for (std::size_t i = 0; i < n; ++i) {
+    const auto value = x.load(i);
+    x.store(i, {value.re / divisor, value.im / divisor});
   }
 }
 

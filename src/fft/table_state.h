@@ -41,6 +41,7 @@ class TableArray {
 struct TableState {
   int largest_exponent = 0;  ///< largest m ever given to init_ibitr(); it only grows
   int swap_count = 0;        ///< pairs in the list, for the last m
+  int ready_exponent = -1;   ///< the m that the tables serve now, −1 when they serve none
   TableArray<int> bit_reversal;
   TableArray<double> cosine;
   TableArray<double> sine;

@@ -15,6 +15,7 @@ namespace sarnum {
 TableState table_state;
 
 void TableState::release() {
+  ready_exponent = -1;
   bit_reversal.release();
   cosine.release();
   sine.release();
@@ -42,6 +43,7 @@ int init_ibitr(int m) {
     tables.largest_exponent = m;
     tables.release();
   }
+  tables.ready_exponent = -1;
   const std::size_t n = std::size_t{1} << m;
   if (!tables.bit_reversal.reserve(n + slack)) {
     return 1;
@@ -78,6 +80,7 @@ int init_ibitr(int m) {
       tables.swap_pairs[end++] = tables.bit_reversal[i];
     }
   }
+  tables.ready_exponent = m;
   return 0;
 }
 

@@ -36,6 +36,28 @@ class SARNUM_API CFFTClass {
   /// every butterfly result to single precision.
   void ifft(double* const re, double* const im, int m);
 
+  /// Forward transform, not scaled, with frequency zero in the middle when `centre` is 1: element i
+  /// is multiplied by (−1)^i first, and output index k holds frequency k − N/2. Any other value
+  /// of `centre` gives fft(). There is no inverse counterpart.
+  void fft_new(float* const re, float* const im, int m, int centre);
+  void fft_new(double* const re, double* const im, int m, int centre);
+
+  /// Frequency-domain synthesis: transforms the line, replaces its spectrum X by conj(X)·H over the
+  /// first n samples, and transforms back, all in the line's own arrays.
+  ///
+  /// Mind that the spectrum of the line is conjugated, not the reference: with H = 1 the output is
+  /// N·conj(x[(N − j) mod N]). To compress a line x with a replica r (correlation of x with r), let
+  /// H be the spectrum of r: the output is N·conj(y) with its index reversed, y[j] = output
+  /// conjugated at (N − j) mod N. Samples n … N − 1 of the spectrum are not multiplied and keep
+  /// their values. Nothing is divided by N: the result carries the factor N.
+  ///
+  /// @param refRe, refIm  the spectrum H, at least n samples; only read.
+  /// @param re, im  the line, N = 2^m samples; overwritten. Transformed by the float members fft()
+  ///                and ifft(); the product is formed in single precision.
+  /// @param n       samples to multiply; none for n ≤ 0, and N for more than N.
+  /// @param m       0 … 30; otherwise the line is left untouched.
+  void SyntAlmaz(float* refRe, float* refIm, float* re, float* im, int n, int m);
+
   /// The smallest m with 2^m ≥ n, as far as the rounding of ceil(log(n) / log(2)) in
   /// double precision allows: the exponent, not the power. The formula's value stands also
   /// where the quotient rounds above an integer: for n = 2^29 it is 30 with a correctly
@@ -66,6 +88,13 @@ class SARNUM_API CFFTClass {
   ///         or a size is below 1 or its exponent above 30 (outside the contract): 0, with
   ///         dst and the meter untouched.
   int FFT_2D(void** src, void** dst, int width, int height, int TypeData, CMeterInfo* meter);
+
+  /// FFT_2D with fft_new() as the transform of every row and column: with `centre` = 1 frequency
+  /// zero comes out at pixel N1/2 of row N2/2, with any other value where FFT_2D has it. Everything
+  /// else, the calls of the meter included, is as in FFT_2D.
+  /// @return always 1, also where FFT_2D gives 0 and dst is untouched.
+  int FFT_2D_NEW(void** src, void** dst, int width, int height, int TypeData, int centre,
+                 CMeterInfo* meter);
 
   /// Inverse two-dimensional transform of a complex raster, not scaled: it brings a spectrum
   /// of FFT_2D back to the padded raster.

@@ -1,0 +1,41 @@
+// The free transforms of float arrays: everything in single precision, inverses divided by N.
+#include "sarnum/fft/single_precision.h"
+
+#include "fft/radix2.h"
+#include "numeric/pi.h"
+
+namespace {
+
+using sarnum::Direction;
+using sarnum::InterleavedSamples;
+using sarnum::SplitSamples;
+
+template <Direction direction, class Samples>
+void transform(Samples x, int m) {
+  if (!sarnum::is_transform_exponent(m)) {
+    return;
+  }
+  const sarnum::Twiddles<float> twiddles(static_cast<float>(sarnum::pi) * 2.0F, m);
+  sarnum::radix2<sarnum::Arithmetic<float, float>, direction>(x, twiddles);
+  if constexpr (direction == Direction::inverse) {
+    sarnum::divide_by_length(x, m);
+  }
+}
+
+}  // namespace
+
+void fft(float* const re, float* const im, int m) {
+  transform<Direction::forward>(SplitSamples<float>{re, im}, m);
+}
+
+void ifft(float* const re, float* const im, int m) {
+  transform<Direction::inverse>(SplitSamples<float>{re, im}, m);
+}
+
+void fft(float* const data, int m) {
+  transform<Direction::forward>(InterleavedSamples<float>{data}, m);
+}
+
+void ifft(float* const data, int m) {
+  transform<Direction::inverse>(InterleavedSamples<float>{data}, m);
+}

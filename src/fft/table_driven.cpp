@@ -1,0 +1,65 @@
+// The transforms that read the process-wide tables instead of computing sines, cosines and bit
+// reversals. The tables serve one length at a time, and reading them for another would be reading
+// past their ends, so a call is checked once against the length they serve.
+#include "sarnum/fft/table_driven.h"
+
+#include "fft/radix2.h"
+#include "fft/table_state.h"
+
+namespace {
+
+using sarnum::Direction;
+using sarnum::InterleavedSamples;
+using sarnum::SplitSamples;
+
+/// The twiddle of a group, rounded from the double tables to Real. Group g stands at index 2·g of
+/// the bit reversals, because it is reversed over one bit less than an element.
+template <class Real>
+sarnum::Twiddle<Real> table_twiddle(std::size_t group) {
+  const auto r = static_cast<std::size_t>(sarnum::table_state.bit_reversal[2 * group]);
+  return {static_cast<Real>(sarnum::table_state.cosine[r]),
+          static_cast<Real>(sarnum::table_state.sine[r])};
+}
+
+template <Direction direction, class Samples>
+void transform(Samples x, int m) {
+  using Real = typename Samples::Element;
+  if (sarnum::table_state.ready_exponent != m) {
+    return;
+  }
+  sarnum::butterflies<sarnum::Arithmetic<Real, Real>, direction>(x, m, table_twiddle<Real>);
+  const auto swap_count = static_cast<std::size_t>(sarnum::table_state.swap_count);
+  for (std::size_t pair = 0; pair < swap_count; ++pair) {
+    sarnum::exchange(x, static_cast<std::size_t>(sarnum::table_state.swap_pairs[2 * pair]),
+                     static_cast<std::size_t>(sarnum::table_state.swap_pairs[2 * pair + 1]));
+  }
+  if constexpr (direction == Direction::inverse) {
+    sarnum::divide_by_length(x, m);
+  }
+}
+
+}  // namespace
+
+void fft_Fast(double* re, double* im, int m) {
+  transform<Direction::forward>(SplitSamples<double>{re, im}, m);
+}
+
+void ifft_Fast(double* re, double* im, int m) {
+  transform<Direction::inverse>(SplitSamples<double>{re, im}, m);
+}
+
+void fft_Fast(float* const re, float* const im, int m) {
+  transform<Direction::forward>(SplitSamples<float>{re, im}, m);
+}
+
+void ifft_Fast(float* const re, float* const im, int m) {
+  transform<Direction::inverse>(SplitSamples<float>{re, im}, m);
+}
+
+void fft_Fast(float* const data, int m) {
+  transform<Direction::forward>(InterleavedSamples<float>{data}, m);
+}
+
+void ifft_Fast(float* const data, int m) {
+  transform<Direction::inverse>(InterleavedSamples<float>{data}, m);
+}
