@@ -158,6 +158,13 @@ struct Walk {
   int height;
   int band_rows;
   std::vector<const char*> options;
+
+  friend void PrintTo(const Walk& walk, std::ostream* out) {
+    *out << walk.height << " rows by " << walk.band_rows;
+    for (const char* const option : walk.options) {
+      *out << ' ' << option;
+    }
+  }
 };
 
 class BandWalk : public FileLayer, public ::testing::WithParamInterface<Walk> {};

@@ -126,6 +126,10 @@ bool is_raw_layout_complete(GDALDataset& dataset) {
       VSIStatExL(layout.osRawFilename.c_str(), &status, VSI_STAT_SIZE_FLAG) != 0) {
     return true;
   }
+  // A TIFF without any samples (all of them absent on purpose) claims to have them at its start.
+  if (layout.nImageOffset == 0) {
+    return true;
+  }
   const std::uint64_t needed =
       layout.nImageOffset + reach(layout.nPixelOffset, dataset.GetRasterXSize()) +
       reach(layout.nLineOffset, dataset.GetRasterYSize()) +
