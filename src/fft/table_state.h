@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <memory>
 #include <new>
+#include <optional>
 
 namespace sarnum {
 
@@ -39,9 +40,9 @@ class TableArray {
 };
 
 struct TableState {
-  int largest_exponent = 0;  ///< largest m ever given to init_ibitr(); it only grows
-  int swap_count = 0;        ///< pairs in the list, for the last m
-  int ready_exponent = -1;   ///< the m that the tables serve now, −1 when they serve none
+  int largest_exponent = 0;           ///< largest m ever given to init_ibitr(); it only grows
+  int swap_count = 0;                 ///< pairs in the list, for the last m
+  std::optional<int> ready_exponent;  ///< the m that the tables serve now, if any
   TableArray<int> bit_reversal;
   TableArray<double> cosine;
   TableArray<double> sine;

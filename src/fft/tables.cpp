@@ -15,7 +15,7 @@ namespace sarnum {
 TableState table_state;
 
 void TableState::release() {
-  ready_exponent = -1;
+  ready_exponent.reset();
   bit_reversal.release();
   cosine.release();
   sine.release();
@@ -43,7 +43,7 @@ int init_ibitr(int m) {
     tables.largest_exponent = m;
     tables.release();
   }
-  tables.ready_exponent = -1;
+  tables.ready_exponent.reset();
   const std::size_t n = std::size_t{1} << m;
   if (!tables.bit_reversal.reserve(n + slack)) {
     return 1;

@@ -4,6 +4,8 @@
 #include <sarnum/sarnum.h>
 
 #include <cstring>
+#include <functional>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -12,26 +14,45 @@
 
 namespace {
 
+using Failing = FailingAllocations::Failing;
+
+/// The transform allocates its twiddles alone, and gives the same values without them.
+template <class Real>
+void expect_same_without_storage(const std::function<void(Real*, Real*)>& transform) {
+  auto re = oracle::random_values<Real>(1024, 1);
+  auto im = oracle::random_values<Real>(1024, 2);
+  auto expected_re = re;
+  auto expected_im = im;
+  transform(expected_re.data(), expected_im.data());
+  int asked = 0;
+  {
+    const FailingAllocations failing(1, Failing::persistently);
+    transform(re.data(), im.data());
+    asked = failing.count();
+  }
+  EXPECT_EQ(asked, 1);
+  EXPECT_EQ(re, expected_re);
+  EXPECT_EQ(im, expected_im);
+}
+
 TEST(Allocation, OneDimensionalTransformsNeedNoTwiddleStorage) {
-  const auto re = oracle::random_values<double>(1024, 1);
-  const auto im = oracle::random_values<double>(1024, 2);
-  const auto run = [&](auto&& transform, int failing) {
-    auto x = re;
-    auto y = im;
-    int asked = 0;
-    {
-      const FailingAllocations failure(failing, FailingAllocations::Failing::persistently);
-      transform(x.data(), y.data());
-      asked = failure.count();
-    }
-    EXPECT_EQ(asked, 1);
-    return std::pair(x, y);
-  };
-  const auto check = [&](auto&& transform) { EXPECT_EQ(run(transform, 1), run(transform, 0)); };
-  check([](double* x, double* y) { fft(x, y, 10); });
-  check([](double* x, double* y) { ifft(x, y, 10); });
-  check([](double* x, double* y) { CFFTClass().fft(x, y, 10); });
-  check([](double* x, double* y) { CFFTClass().ifft(x, y, 10); });
+  CFFTClass object;
+  expect_same_without_storage<double>([](auto x, auto y) { fft(x, y, 10); });
+  expect_same_without_storage<double>([](auto x, auto y) { ifft(x, y, 10); });
+  expect_same_without_storage<double>([&](auto x, auto y) { object.fft(x, y, 10); });
+  expect_same_without_storage<double>([&](auto x, auto y) { object.ifft(x, y, 10); });
+  expect_same_without_storage<double>([&](auto x, auto y) { object.fft_new(x, y, 10, 1); });
+  expect_same_without_storage<float>([](auto x, auto y) { fft(x, y, 10); });
+  expect_same_without_storage<float>([](auto x, auto y) { ifft(x, y, 10); });
+  expect_same_without_storage<float>([](auto x, auto) { fft(x, 9); });
+  expect_same_without_storage<float>([](auto x, auto) { ifft(x, 9); });
+  expect_same_without_storage<float>([&](auto x, auto y) { object.fft(x, y, 10); });
+  expect_same_without_storage<float>([&](auto x, auto y) { object.ifft(x, y, 10); });
+  expect_same_without_storage<float>([&](auto x, auto y) { object.fft_new(x, y, 10, 1); });
+  expect_same_without_storage<float>([&](auto x, auto y) {
+    std::vector<float>::size_type half = 512;
+    object.SyntAlmaz(y, y + half, x, x + half, 100, 9);
+  });
 }
 
 /// Counts calls and keeps the text without allocating anything itself.
@@ -50,67 +71,79 @@ class CountingMeter : public CMeterInfo {
   int steps = 0;
 };
 
+enum class Transform { forward, centred, inverse };
+
 /// Runs a 16 × 8 complex float transform with the nth allocation failing (0: none).
 struct TransformRun {
-  TransformRun(bool inverse, int nth) : pixels(16 * 8, {1.0F, 2.0F}) {
-    for (int row = 0; row < 8; ++row) {
-      pixels[static_cast<std::size_t>(row)].re = static_cast<float>(row);
-      rows.push_back(pixels.data() + 16 * row);
+  TransformRun(Transform kind, int nth, Failing failing)
+      : values(oracle::random_values<float>(2 * 16 * 8, 3)) {
+    std::vector<void*> rows;
+    for (std::size_t row = 0; row < 8; ++row) {
+      rows.push_back(values.data() + 2 * 16 * row);
     }
-    const std::vector<float> before = values();
+    const std::vector<float> before = values;
     {
-      const FailingAllocations failing(nth);
-      CFFTClass transform;
-      result = inverse
-                   ? transform.IFFT_2D(rows.data(), rows.data(), 16, 8, TD_COMPLEX_FLOAT32, &meter)
-                   : transform.FFT_2D(rows.data(), rows.data(), 16, 8, TD_COMPLEX_FLOAT32, &meter);
-      count = failing.count();
+      const FailingAllocations failure(nth, failing);
+      result = run(kind, rows.data());
+      count = failure.count();
     }
-    untouched = values() == before;
+    untouched = values == before;
   }
 
-  std::vector<float> values() const {
-    std::vector<float> all;
-    for (const COMPLEX_FLOAT32& pixel : pixels) {
-      all.push_back(pixel.re);
-      all.push_back(pixel.im);
+  int run(Transform kind, void** rows) {
+    CFFTClass object;
+    switch (kind) {
+      case Transform::forward:
+        return object.FFT_2D(rows, rows, 16, 8, TD_COMPLEX_FLOAT32, &meter);
+      case Transform::centred:
+        return object.FFT_2D_NEW(rows, rows, 16, 8, TD_COMPLEX_FLOAT32, 1, &meter);
+      default:
+        return object.IFFT_2D(rows, rows, 16, 8, TD_COMPLEX_FLOAT32, &meter);
     }
-    return all;
   }
 
-  std::vector<COMPLEX_FLOAT32> pixels;
-  std::vector<void*> rows;
+  std::vector<float> values;
   CountingMeter meter;
   int result = -1;
   int count = 0;
   bool untouched = false;
 };
 
-TEST(Allocation, TwoDimensionalTransformsFailWholeOrNotAtAll) {
-  for (const bool inverse : {false, true}) {
-    const TransformRun whole(inverse, 0);
-    ASSERT_EQ(whole.result, 1);
-    int refused = 0;
-    int completed = 0;
-    for (int nth = 1; nth <= whole.count; ++nth) {
-      SCOPED_TRACE((inverse ? "inverse, allocation " : "forward, allocation ") +
-                   std::to_string(nth));
-      const TransformRun run(inverse, nth);
-      if (run.result == 0) {
-        ++refused;
-        EXPECT_TRUE(run.untouched);
-        EXPECT_EQ(run.meter.steps, 0);
-        EXPECT_EQ(run.meter.preparations, inverse ? 3 : 0);
-      } else {
-        ++completed;
-        EXPECT_EQ(run.values(), whole.values());
-        EXPECT_EQ(run.meter.steps, 16 + 8);
-        EXPECT_EQ(run.meter.preparations, 3);
-        EXPECT_THAT(run.meter.text, testing::EndsWith("..."));
+TEST(Allocation, TwoDimensionalTransformsAreDoneWholeOrNotAtAll) {
+  for (const Transform kind : {Transform::forward, Transform::centred, Transform::inverse}) {
+    for (const Failing failing : {Failing::once, Failing::persistently}) {
+      const TransformRun whole(kind, 0, failing);
+      ASSERT_EQ(whole.result, 1);
+      int not_done = 0;
+      int done = 0;
+      for (int nth = 1; nth <= whole.count; ++nth) {
+        SCOPED_TRACE(testing::Message()
+                     << "kind " << static_cast<int>(kind) << " allocation " << nth);
+        const TransformRun run(kind, nth, failing);
+        if (run.untouched) {
+          ++not_done;
+          EXPECT_EQ(run.result, kind == Transform::centred ? 1 : 0);
+          EXPECT_EQ(run.meter.steps, 0);
+          EXPECT_EQ(run.meter.preparations, kind == Transform::inverse ? 3 : 0);
+        } else {
+          ++done;
+          EXPECT_EQ(run.result, 1);
+          EXPECT_EQ(run.values, whole.values);
+          EXPECT_EQ(run.meter.steps, 16 + 8);
+          EXPECT_EQ(run.meter.preparations, 3);
+          EXPECT_THAT(run.meter.text, testing::EndsWith("..."));
+        }
       }
+      EXPECT_GE(not_done, 2) << "the two work buffers";
+      EXPECT_GE(done, 2) << "the twiddles of both lengths";
     }
-    EXPECT_EQ(refused, 2) << "the two work buffers";
-    EXPECT_GE(completed, 3) << "the meter's text, and the twiddles of both lengths";
+  }
+}
+
+TEST(Allocation, ABlockThrowsForEitherTableAndKeepsNothing) {
+  for (const int nth : {1, 2}) {
+    const FailingAllocations failing(nth);
+    EXPECT_THROW(CVeryFastFT block(4), std::bad_alloc);
   }
 }
 

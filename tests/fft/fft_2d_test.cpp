@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <new>
 #include <random>
 #include <string>
 #include <vector>
@@ -138,24 +139,25 @@ std::vector<TypeCase> all_types() {
           type_case<float>(17, true, false)};
 }
 
+enum class Kind { forward, centred, inverse };
+
 /// One line: load → transform → divide → store, all in Real storage.
 template <class Real>
-void plain_line(std::vector<Real>& re, std::vector<Real>& im, bool inverse) {
+void plain_line(std::vector<Real>& re, std::vector<Real>& im, Kind kind) {
   const int n = static_cast<int>(re.size());
-  if (inverse) {
-    oracle::radix2<double, float>(re.data(), im.data(), exponent(n), true);
-  } else {
-    oracle::radix2<double, Real>(re.data(), im.data(), exponent(n), false);
-    for (std::size_t i = 0; i < re.size(); ++i) {
-      re[i] /= static_cast<Real>(n);
-      im[i] /= static_cast<Real>(n);
-    }
+  if (kind == Kind::inverse) {
+    oracle::radix2<double, double, float>(re.data(), im.data(), exponent(n), true);
+    return;
   }
+  if (kind == Kind::centred) {
+    oracle::alternate_signs(re.data(), im.data(), n);
+  }
+  oracle::radix2<double, double, Real>(re.data(), im.data(), exponent(n), false);
+  oracle::divide_by_length(re.data(), im.data(), n);
 }
 
 template <class Real>
-void plain_2d(const Rows& src, Rows& dst, int width, int height, const TypeCase& type,
-              bool inverse) {
+void plain_2d(const Rows& src, Rows& dst, int width, int height, const TypeCase& type, Kind kind) {
   const auto n1 = static_cast<std::size_t>(padded(width));
   const auto n2 = static_cast<std::size_t>(padded(height));
   std::vector<Real> re;
@@ -169,7 +171,7 @@ void plain_2d(const Rows& src, Rows& dst, int width, int height, const TypeCase&
         re[i] = static_cast<Real>(type.element(pixels, type.is_complex ? 2 * i : i));
         im[i] = type.is_complex ? static_cast<Real>(type.element(pixels, 2 * i + 1)) : Real{0};
       }
-      plain_line(re, im, inverse);
+      plain_line(re, im, kind);
     }
     for (std::size_t i = 0; i < n1; ++i) {
       dst.set(row, 2 * i, re[i]);
@@ -183,7 +185,7 @@ void plain_2d(const Rows& src, Rows& dst, int width, int height, const TypeCase&
       re[row] = dst.get<Real>(row, 2 * column);
       im[row] = dst.get<Real>(row, 2 * column + 1);
     }
-    plain_line(re, im, inverse);
+    plain_line(re, im, kind);
     for (std::size_t row = 0; row < n2; ++row) {
       dst.set(row, 2 * column, re[row]);
       dst.set(row, 2 * column + 1, im[row]);
@@ -251,9 +253,13 @@ void check_forward(const TypeCase& type, int width, int height) {
   const std::size_t dst_bytes = n1 * 2 * sizeof(Real);
   Rows dst(n2, dst_bytes, dst_bytes + 40, true);
   fill<Real>(dst, 2 * n1, 4);
+  const Rows initial = dst;
   Rows expected = dst;
   const Rows src_before = src;
-  plain_2d<Real>(src, expected, width, height, type, false);
+  Rows centred = dst;
+  Rows expected_centred = dst;
+  plain_2d<Real>(src, expected, width, height, type, Kind::forward);
+  plain_2d<Real>(src, expected_centred, width, height, type, Kind::centred);
 
   RecordingMeter meter;
   Rows silent = dst;
@@ -269,6 +275,20 @@ void check_forward(const TypeCase& type, int width, int height) {
   EXPECT_EQ(src.memory, src_before.memory);
   const int steps = static_cast<int>(n1 + (type.has_row_pass ? n2 : 0));
   EXPECT_EQ(meter.calls, expected_calls(static_cast<int>(n1 + n2), 700, steps));
+
+  RecordingMeter centred_meter;
+  EXPECT_EQ(transform.FFT_2D_NEW(src.pointers.data(), centred.pointers.data(), width, height,
+                                 type.type, 1, &centred_meter),
+            1);
+  expect_same<Real>(centred, expected_centred, 2 * n1);
+  EXPECT_EQ(centred_meter.calls, meter.calls);
+  for (const int centre : {0, 2, -1}) {
+    Rows plain = initial;
+    EXPECT_EQ(transform.FFT_2D_NEW(src.pointers.data(), plain.pointers.data(), width, height,
+                                   type.type, centre, nullptr),
+              1);
+    EXPECT_EQ(plain.memory, dst.memory);
+  }
 }
 
 TEST(Fft2d, EqualsRowsThenColumnsForEveryType) {
@@ -291,7 +311,7 @@ void check_inverse(int type, int width, int height) {
   fill<Real>(src, values, 8);
   Rows dst(static_cast<std::size_t>(height), values * sizeof(Real), values * sizeof(Real) + 24);
   Rows expected = dst;
-  plain_2d<Real>(src, expected, width, height, pixel, true);
+  plain_2d<Real>(src, expected, width, height, pixel, Kind::inverse);
   RecordingMeter meter;
   EXPECT_EQ(
       CFFTClass().IFFT_2D(src.pointers.data(), dst.pointers.data(), width, height, type, &meter),
@@ -324,7 +344,8 @@ TEST(Fft2d, OverlappingRowsGiveTheResultOfOneLineAfterAnother) {
           fill<float>(src, 2 * side, 9);
           Rows dst = src;
           Rows expected = src;
-          plain_2d<float>(in_place ? expected : src, expected, side, side, type, inverse);
+          plain_2d<float>(in_place ? expected : src, expected, side, side, type,
+                          inverse ? Kind::inverse : Kind::forward);
           void** const from = in_place ? dst.pointers.data() : src.pointers.data();
           CFFTClass transform;
           EXPECT_EQ(inverse ? transform.IFFT_2D(from, dst.pointers.data(), side, side, 9, nullptr)
@@ -334,6 +355,58 @@ TEST(Fft2d, OverlappingRowsGiveTheResultOfOneLineAfterAnother) {
         }
       }
     }
+  }
+}
+
+// Rows of a block begin half a row apart; the plain model applies the same order of lines to the
+// same overlapping memory.
+TEST(BlockFft, TransformsThroughRowsThatOverlapByHalf) {
+  const TypeCase type = type_case<float>(TD_COMPLEX_FLOAT32, true);
+  for (int exponent = 0; exponent <= 9; ++exponent) {
+    const auto side = std::size_t{1} << exponent;
+    CVeryFastFT block(exponent);
+    EXPECT_EQ(block.exponent, exponent);
+    EXPECT_EQ(block.size, static_cast<int>(side));
+    EXPECT_EQ(block.AllocateDataMemory(), 1);
+    for (const Kind kind : {Kind::forward, Kind::inverse}) {
+      SCOPED_TRACE(testing::Message() << "side " << side << " inverse " << (kind == Kind::inverse));
+      Rows src(side, 2 * side * sizeof(float), side * sizeof(float));
+      fill<float>(src, 2 * side, 10);
+      Rows dst = src;
+      fill<float>(dst, 2 * side, 11);
+      Rows expected = dst;
+      const Rows src_before = src;
+      plain_2d<float>(src, expected, static_cast<int>(side), static_cast<int>(side), type, kind);
+      auto* const from = static_cast<float*>(src.pointers[0]);
+      auto* const to = static_cast<float*>(dst.pointers[0]);
+      EXPECT_EQ(kind == Kind::inverse ? block.IFFT_2D_Rect(from, to) : block.FFT_2D_Rect(from, to),
+                1);
+      expect_same<float>(dst, expected, 2 * side);
+      EXPECT_EQ(src.memory, src_before.memory);
+      EXPECT_EQ(block.sourceRows[side - 1], from + side * (side - 1));
+      EXPECT_EQ(block.destinationRows[side - 1], to + side * (side - 1));
+    }
+    block.FreeDataMemory();
+  }
+}
+
+TEST(BlockFft, AssignmentSharesTheTables) {
+  // Neither may destroy what they share, so the one that gives up its tables is never destroyed.
+  alignas(CVeryFastFT) unsigned char storage[sizeof(CVeryFastFT)];
+  auto* const first = new (storage) CVeryFastFT(1);
+  delete[] first->sourceRows;
+  delete[] first->destinationRows;
+  const CVeryFastFT second(3);
+  EXPECT_EQ(&(*first = second), first);
+  EXPECT_EQ(first->exponent, 3);
+  EXPECT_EQ(first->size, 8);
+  EXPECT_EQ(first->sourceRows, second.sourceRows);
+  EXPECT_EQ(first->destinationRows, second.destinationRows);
+}
+
+TEST(BlockFft, ThrowsWhereTheTablesCannotBeHad) {
+  for (const int exponent : {-1, -2147483647, 31, 32, 64, 2147483647}) {
+    EXPECT_THROW(CVeryFastFT block(exponent), std::bad_alloc) << exponent;
   }
 }
 

@@ -19,11 +19,12 @@ inline int reversed(int x, int bits) {
   return r;
 }
 
-/// Radix-2 transform of re, im (2^m elements), in place and unscaled. Angles and butterflies are
-/// computed in `Computed`; each result is rounded to `Rounded` on its way into the arrays.
-template <class Computed, class Rounded, class Stored>
+/// Radix-2 transform of re, im (2^m elements), in place and unscaled. Angles, sines and cosines are
+/// computed in `Angle`, butterflies in `Computed`; each result is rounded to `Rounded` on its way
+/// into the arrays.
+template <class Angle, class Computed, class Rounded, class Stored>
 void radix2(Stored* re, Stored* im, int m, bool inverse) {
-  const Computed two_pi = static_cast<Computed>(std::acos(-1.0)) * Computed{2};
+  const Angle two_pi = static_cast<Angle>(std::acos(-1.0)) * Angle{2};
   const int n = 1 << m;
   int half = n / 2;
   int shift = m - 1;
@@ -31,9 +32,9 @@ void radix2(Stored* re, Stored* im, int m, bool inverse) {
   for (int stage = 0; stage < m; ++stage) {
     for (int j = 0; j < n; j += 2 * half) {
       const int r = reversed(j >> shift, m);
-      const Computed x = two_pi * static_cast<Computed>(r) / static_cast<Computed>(n);
-      const Computed c = std::cos(x);
-      const Computed s = inverse ? -std::sin(x) : std::sin(x);
+      const Angle x = two_pi * static_cast<Angle>(r) / static_cast<Angle>(n);
+      const auto c = static_cast<Computed>(std::cos(x));
+      const auto s = static_cast<Computed>(inverse ? -std::sin(x) : std::sin(x));
       for (int i = 0; i < half; ++i) {
         const int a = j + i;
         const int b = j + half + i;
@@ -54,6 +55,24 @@ void radix2(Stored* re, Stored* im, int m, bool inverse) {
       std::swap(re[i], re[j]);
       std::swap(im[i], im[j]);
     }
+  }
+}
+
+/// Both parts of n elements divided by n.
+template <class Stored>
+void divide_by_length(Stored* re, Stored* im, int n) {
+  for (int i = 0; i < n; ++i) {
+    re[i] /= static_cast<Stored>(n);
+    im[i] /= static_cast<Stored>(n);
+  }
+}
+
+/// Both parts of n elements multiplied by (−1)^i.
+template <class Stored>
+void alternate_signs(Stored* re, Stored* im, int n) {
+  for (int i = 1; i < n; i += 2) {
+    re[i] = -re[i];
+    im[i] = -im[i];
   }
 }
 
