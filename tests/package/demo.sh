@@ -1,0 +1,54 @@
+#!/bin/sh
+# demo.sh DEMO BUILD_DIR WORK_DIR: the demo runs, twice in the same folder, leaves what it says,
+# and averaging 16 pixels of its scene makes about 16 looks of one.
+set -eu
+demo=$1 build_dir=$2 work=$3
+sarnum="$build_dir/tools/sarnum/sarnum"
+
+looks() {
+  "$sarnum" info "$1" | sed -n 's/^Equivalent looks: *\([0-9.]*\) .*/\1/p'
+}
+
+# within VALUE LOWER UPPER
+within() {
+  awk -v value="$1" -v lower="$2" -v upper="$3" \
+    'BEGIN { exit !(value != "" && value + 0 >= lower && value + 0 <= upper) }' || {
+    echo "equivalent looks are '$1', not within $2 ... $3" >&2
+    exit 1
+  }
+}
+
+rm -rf "$work"
+SCENE_SIZE=512 sh "$demo" "$build_dir" "$work"
+SCENE_SIZE=512 sh "$demo" "$build_dir" "$work" >/dev/null
+
+within "$(looks "$work/scene.tif")" 0.9 1.1
+within "$(looks "$work/looks.tif")" 13 19
+
+echo "== on an image of the user's own, which is only read"
+mkdir "$work/own"
+own="$work/own/my image.tif"
+cp "$work/scene.tif" "$own"
+chmod a-w "$own"
+before=$(cksum <"$own")
+sh "$demo" "$build_dir" "$work" "$own"
+[ "$(cksum <"$own")" = "$before" ]
+[ "$(ls "$work/own")" = 'my image.tif' ]
+
+for folder in "$work" "$work/my image"; do
+  for stem in intensity looks spectrum looks_spectrum; do
+    for file in "$folder/$stem.tif" "$folder/$stem.png"; do
+      [ -s "$file" ] || { echo "missing: $file" >&2; exit 1; }
+    done
+  done
+done
+
+echo "== on a file that is no image"
+echo 'no image' >"$work/own/text.tif"
+if sh "$demo" "$build_dir" "$work" "$work/own/text.tif"; then
+  echo "the demo took a text for an image" >&2
+  exit 1
+fi
+[ ! -e "$work/text" ]
+
+rm -rf "$work"

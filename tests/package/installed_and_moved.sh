@@ -1,0 +1,38 @@
+#!/bin/sh
+# installed_and_moved.sh BUILD_DIR WORK_DIR LIBDIR COMPILER GENERATOR: what is installed works
+# where it was moved to, from CMake, from pkg-config and as a tool.
+set -eu
+build_dir=$1 work=$2 libdir=$3 compiler=$4 generator=$5
+here=$(cd "$(dirname "$0")" && pwd)
+
+rm -rf "$work"
+mkdir -p "$work"
+cmake --install "$build_dir" --prefix "$work/first prefix" >"$work/install.log"
+mv "$work/first prefix" "$work/moved prefix"
+prefix="$work/moved prefix"
+
+# No installed text may remember where it was built or first installed.
+if grep -rIlF -e "$build_dir" -e "$work/first prefix" "$prefix"; then
+  echo "these installed files hold a path of the build" >&2
+  exit 1
+fi
+
+echo "== find_package"
+cmake -S "$here/stranger" -B "$work/stranger" -G "$generator" -DCMAKE_CXX_COMPILER="$compiler" \
+  -DCMAKE_PREFIX_PATH="$prefix" >"$work/configure.log"
+cmake --build "$work/stranger"
+"$work/stranger/stranger"
+"$work/stranger/host_stranger" "$work/one pixel.tif"
+
+echo "== pkg-config"
+export PKG_CONFIG_PATH="$prefix/$libdir/pkgconfig"
+pkg-config --exists --print-errors 'sarnum >= 1.0'
+# Its output is text for a shell, with the blanks of a path escaped; hence the eval.
+eval "\"\$compiler\" -std=c++17 \"\$here/stranger/main.cpp\" -o \"\$work/by_pkg_config\" \
+  $(pkg-config --cflags --libs sarnum)"
+LD_LIBRARY_PATH="$prefix/$libdir" "$work/by_pkg_config"
+
+echo "== the tool"
+"$prefix/bin/sarnum" --version
+
+rm -rf "$work"
