@@ -9,7 +9,6 @@
 #include "description.h"
 #include "geotiff.h"
 #include "messages.h"
-#include "raster_input.h"
 
 namespace sarnum::tool {
 namespace {
@@ -126,25 +125,30 @@ void Picture::write(const OutputFile& output) const {
 }
 
 void draw_raster(const OutputFile& raster, const OutputFile& picture) {
-  try {
-    const RasterInput input(raster.temporary());
-    const std::optional<double> nodata = nodata_of(input.band());
-    constexpr Picture::Stretch for_images{2.0, 98.0};
-    Picture image(input.width(), input.height(), for_images);
-    std::vector<double> row(static_cast<std::size_t>(input.width()));
-    for (int y = 0; y < input.height(); ++y) {
-      input.read_rows(y, 1, GDT_Float64, row.data());
-      for (double& value : row) {
-        if (is_nodata(value, nodata)) {
-          value = no_value;
-        }
-      }
-      image.add_row(row);
-    }
-    image.write(picture);
-  } catch (const Failure& failure) {
-    throw Failure(replaced(failure.what(), raster.temporary(), raster.name()));
+  forget_gdal_messages();
+  const NoSidecars no_sidecars;
+  const GDALDatasetUniquePtr dataset(
+      GDALDataset::Open(raster.temporary().c_str(), GDAL_OF_RASTER | GDAL_OF_VERBOSE_ERROR));
+  if (dataset == nullptr) {
+    fail_to_write(raster, gdal_failure());
   }
+  GDALRasterBand& band = *dataset->GetRasterBand(1);
+  const std::optional<double> nodata = nodata_of(band);
+  const int width = band.GetXSize();
+  constexpr Picture::Stretch for_images{2.0, 98.0};
+  Picture image(width, band.GetYSize(), for_images);
+  std::vector<double> row(static_cast<std::size_t>(width));
+  for (int y = 0; y < band.GetYSize(); ++y) {
+    if (band.RasterIO(GF_Read, 0, y, width, 1, row.data(), width, 1, GDT_Float64, 0, 0, nullptr) !=
+        CE_None) {
+      fail_to_write(raster, gdal_failure());
+    }
+    std::replace_if(
+        row.begin(), row.end(), [&](double value) { return is_nodata(value, nodata); },
+        static_cast<double>(no_value));
+    image.add_row(row);
+  }
+  image.write(picture);
 }
 
 PictureFile::PictureFile(const std::string& name, bool overwrite,
