@@ -180,6 +180,8 @@ TEST_P(BandWalk, DeliversEveryRowOnceAndNoneBeyondTheFile) {
   make_raster(path, spec);
   CFileLayer layer(nullptr);
   ASSERT_NE(open_layer(layer, path), 0);
+  EXPECT_EQ(row_of(layer, 0), ramp_row(37, 0));
+  EXPECT_EQ(layer.GetRowAddr(1), nullptr);
   ASSERT_NE(layer.SetBlockMode(256, 0, 0, 37, band_rows, 1), 0);
   for (std::int64_t first = 0; first < height; first += band_rows) {
     const auto begin = static_cast<int>(first);

@@ -29,16 +29,17 @@ class SARNUM_HOST_API CFileLayer {
 
   /// Opens the first band of an existing raster for reading; an open file is closed first.
   /// @param mode, index, access  272, 0, 0x80000000.
-  /// @return 0 for any other values, and when the file cannot be opened, has no band or holds
-  ///         complex pixels (detect them first: a float row cannot hold them).
+  /// @return 0 for any other values, and when the file cannot be opened, has no band, holds
+  ///         complex pixels (detect them first: a float row cannot hold them), or is known to
+  ///         be shorter than its header says.
   int Open(const char* path, unsigned long mode, int index, unsigned long access);
 
   /// Size in pixels; 0 when nothing is open.
   int Width();
   int Height();
 
-  /// Creates a GeoTIFF of 32-bit floats, replacing an existing file; an open file is closed
-  /// first. Files that may pass 4 GiB become BigTIFF.
+  /// Creates a GeoTIFF of 32-bit floats, replacing an existing raster and its sidecars; an open
+  /// file is closed first. Files that may pass 4 GiB become BigTIFF.
   /// @param width, height  at least 1.
   /// @param type, mode, format, extra, flag  7, 273, 7, null, 0.
   /// @return 0 for any other values and when the file cannot be created.
@@ -56,7 +57,7 @@ class SARNUM_HOST_API CFileLayer {
   /// The Width() floats of a row of the file inside the current band, valid until the band
   /// moves. Of a created layer it is a buffer to fill and hand to WriteRow(); of an opened one
   /// it holds the file's values, or NaN throughout for a row that could not be read.
-  /// @return null for a row outside the band or the file, or when storage is short.
+  /// @return null for a row outside the band or the file.
   void* GetRowAddr(int row);
 
   /// Stores `count` floats as columns `column` … of a row of a created file.

@@ -12,8 +12,8 @@
 namespace sarnum::host {
 
 /// The first failure of a layer on this thread since clear_raster_failure(): one line that
-/// names the file, or the empty string. It covers opening, creating, reading, writing and
-/// closing. Valid until the next call into the host on this thread.
+/// names the file, or the empty string. It covers opening, creating, setting the band, reading,
+/// writing and closing. Valid until the next call into the host on this thread.
 SARNUM_HOST_API const char* raster_failure() noexcept;
 
 /// Forgets the failure.
@@ -21,7 +21,8 @@ SARNUM_HOST_API void clear_raster_failure() noexcept;
 
 /// GDAL creation options for the next CFileLayer::Create on this thread, which uses them up:
 /// `count` strings of the form NAME=VALUE, which are copied. They come after the layer's own
-/// BIGTIFF=IF_SAFER and replace it when they name the same option.
+/// BIGTIFF=IF_SAFER and replace it when they name the same option. An option or a value that
+/// GeoTIFF does not know makes Create() fail before it touches an existing file.
 /// @return false, with no options set, when storage is short.
 SARNUM_HOST_API bool set_creation_options(const char* const* options, int count) noexcept;
 

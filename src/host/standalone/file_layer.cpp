@@ -36,6 +36,10 @@ constexpr const char* open_action = "cannot open";
 constexpr const char* create_action = "cannot create";
 constexpr const char* write_action = "cannot write";
 
+/// Bytes of rows that a composed raster delivers before GDAL's cache is trimmed, and the size
+/// that it is trimmed to.
+constexpr GIntBig trim_interval = GIntBig{64} << 20;
+
 /// While it lives, GDAL prints nothing on this thread, writes nothing beside a file that it
 /// reads, and its first message of at least the given severity is kept.
 class GdalScope {
@@ -207,6 +211,7 @@ class CFileLayer::Raster {
   void load();
   void load_row(int row);
   void release_blocks(std::int64_t begin_row, std::int64_t end_row);
+  void trim_cache(int rows);
   void close() noexcept;
 
   std::string path_;
@@ -215,6 +220,9 @@ class CFileLayer::Raster {
   int width_ = 0;
   int height_ = 0;
   int block_height_ = 1;
+  /// A raster of other files, which are read past its own blocks.
+  bool is_composed_ = false;
+  GIntBig bytes_since_trim_ = 0;
 
   std::vector<float> band_;
   int first_row_ = 0;
@@ -313,7 +321,8 @@ void CFileLayer::Raster::adopt(DatasetHandle dataset) {
   height_ = dataset_->GetRasterYSize();
   int block_width = 0;
   dataset_->GetRasterBand(1)->GetBlockSize(&block_width, &block_height_);
-  block_height_ = std::max(block_height_, 1);
+  is_composed_ = EQUAL(dataset_->GetDriverName(), "VRT");
+  block_height_ = is_composed_ ? 1 : std::max(block_height_, 1);
 }
 
 /// Storage for `rows` rows from row 0 on; the present band stays when it cannot be had.
@@ -363,6 +372,7 @@ void CFileLayer::Raster::load() {
     released_to_ = first_row_;
   }
   const int count = std::min(rows_, height_ - first_row_);
+  trim_cache(count);
   std::string reason;
   if (first_row_ / block_height_ != unreadable_block_row_ && read(first_row_, count, reason)) {
     return;
@@ -442,6 +452,23 @@ void CFileLayer::Raster::release_blocks(std::int64_t begin_row, std::int64_t end
         band.FlushBlock(x, static_cast<int>(y), writable_ ? TRUE : FALSE);
       }
     }
+  }
+}
+
+/// The cached blocks of a composed raster belong to its sources, out of reach: now and then the
+/// least recently used blocks go, whosever they are. Not at every band, because a row of high
+/// tiles may be larger than what is kept, and would be decoded for every band again.
+void CFileLayer::Raster::trim_cache(int rows) {
+  if (!is_composed_) {
+    return;
+  }
+  bytes_since_trim_ += GIntBig{rows} * width_ * static_cast<GIntBig>(sizeof(float));
+  if (bytes_since_trim_ < trim_interval) {
+    return;
+  }
+  bytes_since_trim_ = 0;
+  const GdalScope scope;
+  while (GDALGetCacheUsed64() > trim_interval && GDALFlushCacheBlock() != 0) {
   }
 }
 
