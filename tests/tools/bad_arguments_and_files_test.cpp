@@ -116,7 +116,7 @@ INSTANTIATE_TEST_SUITE_P(
                 2,
                 {"detect", "complex.tif", "a.png", "--picture", "./a.png"},
                 "also the output"},
-        BadCase{"two_readings", 2, {"info", "real.tif", "--decibel", "--amplitude"}, "Reading"}),
+        BadCase{"two_readings", 2, {"info", "real.tif", "--decibel", "--amplitude"}, "at most 1"}),
     name_of);
 
 INSTANTIATE_TEST_SUITE_P(

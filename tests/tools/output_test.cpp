@@ -115,12 +115,11 @@ TEST_F(Output, AFailingWriteLeavesTheOldFile) {
   put_bytes("out.tif", "old");
   put_bytes("out.png", "old");
   for (const auto& command : commands) {
-    // A limit within the raster, and one that only the picture exceeds.
     for (const auto& [command_options, limit] :
          std::vector<std::pair<std::vector<std::string>, long>>{
              {{"-q", "--overwrite"}, 9000},
              {{"-q", "--overwrite", "--co", "COMPRESS=DEFLATE"}, 3000},
-             {{"-q", "--overwrite", "--picture", "out.png"}, 100}}) {
+             {{"-q", "--overwrite", "--picture", "out.png"}, 1000}}) {
       const ToolRun finished = run(with(command, command_options), limit);
       EXPECT_EQ(finished.status, 1);
       EXPECT_THAT(finished.err, MatchesRegex("sarnum: error: [^\n]*'out[^\n]+\n"));
@@ -131,14 +130,18 @@ TEST_F(Output, AFailingWriteLeavesTheOldFile) {
   }
 }
 
-TEST_F(Output, ASignalLeavesNothingBehind) {
-  make("in.tif", 4096, 4096, GDT_Float32, [](int x, int y) { return Sample(1 + (x ^ y)); });
-  put_bytes("out.tif", "old");
-  const TemporaryFolder streams;
-  for (const int number : {SIGTERM, SIGINT, SIGHUP}) {
+/// A run that takes about a second, interfered with once it has begun to write.
+class InterruptedOutput : public Output {
+ protected:
+  InterruptedOutput() {
+    make("in.tif", 4096, 4096, GDT_Float32, [](int x, int y) { return Sample(1 + (x ^ y)); });
+  }
+
+  /// @return the status of the process
+  int interfere(const std::vector<std::string>& options, const std::function<void(pid_t)>& act) {
     const pid_t tool =
-        start({"spectrum", "in.tif", "out.tif", "--overwrite", "--picture", "out.png"},
-              streams.file("out"), streams.file("err"));
+        start(with({"spectrum", "in.tif", "out.tif", "--picture", "out.png"}, options),
+              streams_.file("out"), streams_.file("err"));
     const auto temporaries = [this] {
       const std::vector<std::string> present = names();
       return std::count_if(present.begin(), present.end(),
@@ -148,14 +151,32 @@ TEST_F(Output, ASignalLeavesNothingBehind) {
       std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
     EXPECT_EQ(temporaries(), 2);
-    kill(tool, number);
+    act(tool);
     int status = 0;
     waitpid(tool, &status, 0);
+    return status;
+  }
+
+ private:
+  TemporaryFolder streams_;
+};
+
+TEST_F(InterruptedOutput, ASignalLeavesNothingBehind) {
+  put_bytes("out.tif", "old");
+  for (const int number : {SIGTERM, SIGINT, SIGHUP}) {
+    const int status = interfere({"--overwrite"}, [number](pid_t tool) { kill(tool, number); });
     EXPECT_TRUE(WIFSIGNALED(status));
     EXPECT_EQ(WTERMSIG(status), number);
     EXPECT_EQ(names(), (std::vector<std::string>{"in.tif", "out.tif"}));
     EXPECT_EQ(bytes("out.tif"), "old");
   }
+}
+
+TEST_F(InterruptedOutput, AFileThatAppearsMeanwhileIsKeptAndTheOtherOutputTakenBack) {
+  const int status = interfere({}, [this](pid_t) { put_bytes("out.png", "someone else's"); });
+  EXPECT_EQ(WEXITSTATUS(status), 1);
+  EXPECT_EQ(names(), (std::vector<std::string>{"in.tif", "out.png"}));
+  EXPECT_EQ(bytes("out.png"), "someone else's");
 }
 
 TEST_F(Output, ReadsSidecarsOfTheInputAndWritesNone) {

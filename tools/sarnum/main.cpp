@@ -145,6 +145,12 @@ int parse_and_run(int argc, char** argv) {
   app.footer(
       "sarnum COMMAND --help tells more. Exit status: 0 done, 1 a file or the work failed,\n"
       "2 the arguments are at fault.");
+  const auto is_asked_for = [argv](const CLI::App* command) {
+    return command->check_name(argv[1]);
+  };
+  if (argc > 1 && argv[1][0] != '-' && app.get_subcommands(is_asked_for).empty()) {
+    throw UsageFailure("there is no command " + in_quotes(argv[1]) + " (see sarnum --help)");
+  }
   try {
     app.parse(argc, argv);
   } catch (const CLI::Success& request) {  // --help, --version

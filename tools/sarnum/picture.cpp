@@ -159,12 +159,13 @@ PictureFile::PictureFile(const std::string& name, bool overwrite,
   if (!CPLString(name).tolower().ends_with(".png")) {
     throw UsageFailure("--picture " + in_quotes(name) + ": the picture is a PNG; name it so");
   }
-  namespace fs = std::filesystem;
-  std::error_code error;
-  if (fs::weakly_canonical(name, error) == fs::weakly_canonical(raster.target(), error)) {
+  file_.emplace(name, overwrite, inputs);
+  const auto place = [](const OutputFile& file) {
+    return std::filesystem::weakly_canonical(std::filesystem::absolute(file.target()));
+  };
+  if (place(*file_) == place(raster)) {
     throw UsageFailure("--picture " + in_quotes(name) + " is also the output; choose another name");
   }
-  file_.emplace(name, overwrite, inputs);
 }
 
 }  // namespace sarnum::tool

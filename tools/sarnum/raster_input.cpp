@@ -146,11 +146,11 @@ void forbid_sidecar(GDALDataset& dataset) {
 
 /// Blocks that were never written are read as zeros too: the trace of an interrupted program,
 /// or meant so. They are accepted where a nodata value marks them.
-void check_coverage(const std::string& path, GDALRasterBand& band) {
+bool has_holes(const std::string& path, GDALRasterBand& band) {
   const int status = band.GetDataCoverageStatus(0, 0, band.GetXSize(), band.GetYSize(), 0, nullptr);
   if ((status & GDAL_DATA_COVERAGE_STATUS_UNIMPLEMENTED) != 0 ||
       (status & GDAL_DATA_COVERAGE_STATUS_EMPTY) == 0) {
-    return;
+    return false;
   }
   if (!nodata_of(band)) {
     throw Failure(in_quotes(path) +
@@ -158,6 +158,7 @@ void check_coverage(const std::string& path, GDALRasterBand& band) {
                   "meant to be zero, copy it with gdal_translate first");
   }
   warn("parts of " + in_quotes(path) + " were never written and are read as nodata");
+  return true;
 }
 
 /// The parts of a virtual raster, which may lie in truncated files of their own.
@@ -200,8 +201,9 @@ RasterInput::RasterInput(const std::string& path) : path_(path) {
                   (part == nullptr ? "" : "; name one of its parts, e.g. " + in_quotes(part)));
   }
   type_ = pixel_type(band());
-  check_raw_size(path, *dataset_);
-  check_coverage(path, band());
+  if (!has_holes(path, band())) {
+    check_raw_size(path, *dataset_);
+  }
   for (const std::string& warning : gdal_warnings()) {
     warn(in_quotes(path) + ": " + warning);
   }
