@@ -37,7 +37,8 @@ constexpr double pulse_duration = 40.0e-6;  // s
 constexpr double chirp_rate = bandwidth / pulse_duration;
 constexpr double first_range = 845.0e3;  // m, slant range of a line's first sample
 constexpr double antenna_length = 12.3;  // m
-constexpr double line_distance = 30.0;   // m along the track: every 7th pulse, say
+constexpr double line_distance = 40.0;   // m along the track: every 9th pulse, say
+
 constexpr int lines = 256;
 constexpr int exponent = 13;  // 2^13 = 8192 samples a line
 constexpr std::size_t samples = std::size_t{1} << exponent;
@@ -48,9 +49,9 @@ struct Target {
   double amplitude;  // of its echo in the middle of the beam
 };
 constexpr std::array<Target, 3> targets = {{
-    {846800.2, 2400.0, 1.0},
-    {850900.7, 3847.0, 0.7},
-    {856200.9, 5310.0, 0.5},
+    {846800.2, 3412.0, 1.0},
+    {850900.7, 5127.0, 0.7},
+    {856200.9, 6843.0, 0.5},
 }};
 
 /// The platform flies straight and stands still while a pulse is on its way.
@@ -177,9 +178,10 @@ constexpr double width_theory = 0.886 / bandwidth;  // s
 
 /// Measures the strongest response within 100 samples of where one is expected.
 Response measure(const FineLine& line, double expected) {
+  constexpr long search = 100L * oversampling;
   const long middle = std::lround(expected * oversampling);
   long peak = middle;
-  for (long k = middle - 100 * oversampling; k <= middle + 100 * oversampling; ++k) {
+  for (long k = middle - search; k <= middle + search; ++k) {
     peak = line.power(k) > line.power(peak) ? k : peak;
   }
   // The top lies between the fine samples: a parabola through three of them.
@@ -235,14 +237,14 @@ void print(std::size_t number, int line, const Response& response) {
 }
 
 /// The lines before compression above those after it, a white bar between them. Grey is amplitude
-/// from −40 dB (black) to 0 dB (white); a pixel shows the strongest of 8 samples in range.
+/// from −40 dB (black) to +5 dB (white); a pixel shows the strongest of 8 samples in range.
 class Picture {
  public:
   void draw(bool compressed, int line, const Line& values) {
     const auto row = static_cast<std::size_t>(compressed ? lines + bar + line : line);
     for (std::size_t n = 0; n < samples; ++n) {
       const double db = 20.0 * std::log10(std::hypot(values.re[n], values.im[n]) + 1e-30);
-      const double grey = std::clamp(255.0 * (1.0 + db / 40.0), 0.0, 255.0);
+      const double grey = std::clamp(255.0 * (db + 40.0) / 45.0, 0.0, 255.0);
       std::uint8_t& pixel = pixels_[row * width + n / samples_per_pixel];
       pixel = std::max(pixel, static_cast<std::uint8_t>(grey));
     }
