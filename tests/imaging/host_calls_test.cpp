@@ -27,7 +27,7 @@ FakeHost* host = nullptr;
 template <class... Values>
 void note(const std::string& what, Values... values) {
   std::string call = what;
-  ((call += " " + std::to_string(values)), ...);
+  ((call += ' ', call += std::to_string(values)), ...);
   host->calls.push_back(call);
 }
 
