@@ -34,5 +34,11 @@ LD_LIBRARY_PATH="$prefix/$libdir" "$work/by_pkg_config"
 
 echo "== the tool"
 "$prefix/bin/sarnum" --version
+for library in libsarnum.so libsarnum_host.so; do
+  ldd "$prefix/bin/sarnum" | grep -F "$library" | grep -qF "$prefix/" || {
+    echo "the moved tool does not use the $library beside it" >&2
+    exit 1
+  }
+done
 
 rm -rf "$work"
