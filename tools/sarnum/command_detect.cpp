@@ -133,7 +133,6 @@ void run_detect(const DetectArguments& arguments) {
   PictureFile picture(arguments.picture, arguments.overwrite, input.files(), output);
   warn_of_input(input, arguments);
   warn_of_other_format(arguments.output);
-  limit_gdal_cache(input);
 
   Progress progress(arguments.show_progress);
   progress.update(0.0);

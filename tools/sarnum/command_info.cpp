@@ -99,7 +99,6 @@ std::string looks(const RasterInput& input, std::optional<Quantity> told) {
 
 void run_info(const InfoArguments& arguments) {
   const RasterInput input(arguments.input);
-  limit_gdal_cache(input);
   const Description description(input);
   const GDALDriver& driver = *input.dataset().GetDriver();
   const char* const long_name = const_cast<GDALDriver&>(driver).GetMetadataItem(GDAL_DMD_LONGNAME);

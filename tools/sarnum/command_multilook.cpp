@@ -119,7 +119,6 @@ void run_multilook(const MultilookArguments& arguments) {
   PictureFile picture(arguments.picture, arguments.overwrite, input.files(), output);
   check_input(input);
   warn_of_other_format(arguments.output);
-  limit_gdal_cache(input);
 
   Progress progress(arguments.show_progress);
   progress.update(0.0);

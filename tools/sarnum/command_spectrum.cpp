@@ -143,7 +143,6 @@ void run_spectrum(const ConversionArguments& arguments) {
   OutputFile output(arguments.output, arguments.overwrite, input.files());
   PictureFile picture(arguments.picture, arguments.overwrite, input.files(), output);
   warn_of_other_format(arguments.output);
-  limit_gdal_cache(input);
   Spectrum spectrum(input);
 
   Progress progress(arguments.show_progress);

@@ -60,6 +60,9 @@ PixelType pixel_type(GDALRasterBand& band) {
 
 /// Refuses what GDAL would wait on for ever, or explain badly.
 void check_file(const std::string& path, bool could_not_be_opened) {
+  if (path.empty()) {
+    throw UsageFailure("the name of the input is empty");
+  }
   struct stat status {};
   if (stat(path.c_str(), &status) != 0) {
     // Not every name that GDAL opens is that of a file.
@@ -182,6 +185,23 @@ void check_sources(const std::string& path, GDALDataset& dataset, int depth) {
   }
 }
 
+/// Gives GDAL a small cache, enough for one row of blocks of the raster, so that memory does
+/// not grow with the image. GDAL_CACHEMAX in the environment has the last word.
+void limit_gdal_cache(GDALRasterBand& band) {
+  if (CPLGetConfigOption("GDAL_CACHEMAX", nullptr) != nullptr) {
+    return;
+  }
+  constexpr GIntBig smallest = GIntBig{64} << 20;
+  int block_width = 1;
+  int block_height = 1;
+  band.GetBlockSize(&block_width, &block_height);
+  const GIntBig blocks_across = (band.GetXSize() + GIntBig{block_width} - 1) / block_width;
+  const GIntBig row_of_blocks = blocks_across * block_width * block_height *
+                                GDALGetDataTypeSizeBytes(band.GetRasterDataType());
+  const GIntBig largest = std::max(CPLGetPhysicalRAM() / 4, smallest);
+  GDALSetCacheMax64(std::min(smallest + row_of_blocks, largest));
+}
+
 }  // namespace
 
 RasterInput::RasterInput(const std::string& path) : path_(path) {
@@ -200,6 +220,7 @@ RasterInput::RasterInput(const std::string& path) : path_(path) {
     throw Failure(in_quotes(path) + " holds no raster band" +
                   (part == nullptr ? "" : "; name one of its parts, e.g. " + in_quotes(part)));
   }
+  limit_gdal_cache(band());
   type_ = pixel_type(band());
   if (!has_holes(path, band())) {
     check_raw_size(path, *dataset_);
@@ -265,22 +286,6 @@ std::string RasterInput::sign_of_decibels() const {
     }
   }
   return "";
-}
-
-void limit_gdal_cache(const RasterInput& input) {
-  if (CPLGetConfigOption("GDAL_CACHEMAX", nullptr) != nullptr) {
-    return;
-  }
-  constexpr GIntBig smallest = GIntBig{64} << 20;
-  int block_width = 0;
-  int block_height = 0;
-  input.band().GetBlockSize(&block_width, &block_height);
-  const GIntBig blocks_across =
-      (input.width() + GIntBig{block_width} - 1) / std::max(block_width, 1);
-  const GIntBig row_of_blocks = blocks_across * block_width * block_height *
-                                GDALGetDataTypeSizeBytes(input.band().GetRasterDataType());
-  const GIntBig largest = std::max(CPLGetPhysicalRAM() / 4, smallest);
-  GDALSetCacheMax64(std::min(smallest + row_of_blocks, largest));
 }
 
 }  // namespace sarnum::tool

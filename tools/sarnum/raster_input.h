@@ -55,10 +55,6 @@ class RasterInput {
   PixelType type_{};
 };
 
-/// Gives GDAL a small cache, enough for one row of blocks of the raster, so that memory does
-/// not grow with the image. GDAL_CACHEMAX in the environment has the last word.
-void limit_gdal_cache(const RasterInput& input);
-
 }  // namespace sarnum::tool
 
 #endif
