@@ -86,23 +86,29 @@ void butterfly(Samples x, std::size_t a, std::size_t b, Twiddle<typename Arithme
               static_cast<Element>(Arithmetic::round(a_im + t_im))});
 }
 
+/// One group: butterflies of the `half` elements from `begin` on with the `half` elements after
+/// them, all with one twiddle.
+template <class Arithmetic, class Samples>
+void butterfly_group(Samples x, std::size_t begin, std::size_t half,
+                     Twiddle<typename Arithmetic::Real> w) {
+  for (std::size_t i = begin; i < begin + half; ++i) {
+    butterfly<Arithmetic>(x, i, i + half, w);
+  }
+}
+
 /// The m stages. Stage s has 2^s groups, each over 2^(m − s) adjoining elements.
 /// @param twiddle_of  the forward twiddle of a group, by the number of the group.
 template <class Arithmetic, Direction direction, class Samples, class TwiddleOf>
 void butterflies(Samples x, int m, const TwiddleOf& twiddle_of) {
-  std::size_t half = std::size_t{1} << m;
-  for (int stage = 0; stage < m; ++stage) {
-    half /= 2;
-    const std::size_t group_count = std::size_t{1} << stage;
+  const std::size_t n = std::size_t{1} << m;
+  for (std::size_t group_count = 1; group_count < n; group_count *= 2) {
+    const std::size_t half = n / (2 * group_count);
     for (std::size_t group = 0; group < group_count; ++group) {
       auto w = twiddle_of(group);
       if constexpr (direction == Direction::inverse) {
         w.s = -w.s;
       }
-      const std::size_t begin = group * 2 * half;
-      for (std::size_t i = begin; i < begin + half; ++i) {
-        butterfly<Arithmetic>(x, i, i + half, w);
-      }
+      butterfly_group<Arithmetic>(x, group * 2 * half, half, w);
     }
   }
 }

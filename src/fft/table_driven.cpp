@@ -12,14 +12,19 @@ using sarnum::Direction;
 using sarnum::InterleavedSamples;
 using sarnum::SplitSamples;
 
-/// The twiddle of a group, rounded from the double tables to Real. Group g stands at index 2·g of
-/// the bit reversals, because it is reversed over one bit less than an element.
+/// Twiddles from the double tables, rounded to Real. Group g stands at index 2·g of the bit
+/// reversals, because it is reversed over one bit less than an element.
 template <class Real>
-sarnum::Twiddle<Real> table_twiddle(std::size_t group) {
-  const auto r = static_cast<std::size_t>(sarnum::table_state.bit_reversal[2 * group]);
-  return {static_cast<Real>(sarnum::table_state.cosine[r]),
-          static_cast<Real>(sarnum::table_state.sine[r])};
-}
+struct TableTwiddles {
+  const int* bit_reversal = sarnum::table_state.bit_reversal.data();
+  const double* cosine = sarnum::table_state.cosine.data();
+  const double* sine = sarnum::table_state.sine.data();
+
+  sarnum::Twiddle<Real> operator()(std::size_t group) const {
+    const int r = bit_reversal[2 * group];
+    return {static_cast<Real>(cosine[r]), static_cast<Real>(sine[r])};
+  }
+};
 
 template <Direction direction, class Samples>
 void transform(Samples x, int m) {
@@ -27,11 +32,12 @@ void transform(Samples x, int m) {
   if (sarnum::table_state.ready_exponent != m) {
     return;
   }
-  sarnum::butterflies<sarnum::Arithmetic<Real, Real>, direction>(x, m, table_twiddle<Real>);
-  const auto swap_count = static_cast<std::size_t>(sarnum::table_state.swap_count);
-  for (std::size_t pair = 0; pair < swap_count; ++pair) {
-    sarnum::exchange(x, static_cast<std::size_t>(sarnum::table_state.swap_pairs[2 * pair]),
-                     static_cast<std::size_t>(sarnum::table_state.swap_pairs[2 * pair + 1]));
+  sarnum::butterflies<sarnum::Arithmetic<Real, Real>, direction>(x, m, TableTwiddles<Real>{});
+  const int* const pairs = sarnum::table_state.swap_pairs.data();
+  const int swap_count = sarnum::table_state.swap_count;
+  for (int pair = 0; pair < swap_count; ++pair) {
+    sarnum::exchange(x, static_cast<std::size_t>(pairs[2 * pair]),
+                     static_cast<std::size_t>(pairs[2 * pair + 1]));
   }
   if constexpr (direction == Direction::inverse) {
     sarnum::divide_by_length(x, m);

@@ -31,6 +31,7 @@ class TableArray {
   }
 
   std::size_t capacity() const { return capacity_; }
+  const T* data() const { return entries_.get(); }
   T& operator[](std::size_t i) { return entries_[i]; }
   const T& operator[](std::size_t i) const { return entries_[i]; }
 

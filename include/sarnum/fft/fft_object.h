@@ -46,10 +46,9 @@ class SARNUM_API CFFTClass {
   /// first n samples, and transforms back, all in the line's own arrays.
   ///
   /// Mind that the spectrum of the line is conjugated, not the reference: with H = 1 the output is
-  /// N·conj(x[(N − j) mod N]). To compress a line x with a replica r (correlation of x with r), let
-  /// H be the spectrum of r: the output is N·conj(y) with its index reversed, y[j] = output
-  /// conjugated at (N − j) mod N. Samples n … N − 1 of the spectrum are not multiplied and keep
-  /// their values. Nothing is divided by N: the result carries the factor N.
+  /// N·conj(x[(N − j) mod N]). To compress a line x with a replica r (correlate x with r), let H be
+  /// the spectrum of r: the compressed line is y[j] = conj(output[(N − j) mod N]) / N. Nothing is
+  /// divided by N here. Samples n … N − 1 of the spectrum are not multiplied and keep their values.
   ///
   /// @param refRe, refIm  the spectrum H, at least n samples; only read.
   /// @param re, im  the line, N = 2^m samples; overwritten. Transformed by the float members fft()
