@@ -6,7 +6,7 @@ DEMO_DIR = demo
 
 BUILD_PACKAGES = g++ cmake ninja-build libgdal-dev libcli11-dev
 TEST_PACKAGES = $(BUILD_PACKAGES) libgtest-dev libgmock-dev pkgconf
-LINT_PACKAGES = $(TEST_PACKAGES) clang-format clang-tidy
+LINT_PACKAGES = $(TEST_PACKAGES) clang clang-format clang-tidy
 
 # How many processes a build and a test run may use.
 JOBS = $$(nproc 2>/dev/null || echo 2)
@@ -35,12 +35,14 @@ test:
 	cmake --build --preset release --parallel "$(JOBS)"
 	ctest --preset release --parallel "$(JOBS)"
 
+# clang-tidy reads the commands of a build by clang, whose options it understands.
 lint:
 	@sh cmake/install_packages.sh $(LINT_PACKAGES)
 	git ls-files -z '*.h' '*.cpp' | xargs -0 clang-format --dry-run --Werror
-	cmake --preset dev
+	cmake -S . -B build/lint -G Ninja -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_BUILD_TYPE=Debug \
+	  -DSARNUM_BUILD_TESTS=ON -DCMAKE_EXPORT_COMPILE_COMMANDS=ON
 	git ls-files -z 'src/*.cpp' 'tools/*.cpp' 'examples/*.cpp' | \
-	  xargs -0 -n 1 -P "$(JOBS)" clang-tidy --quiet --warnings-as-errors='*' -p build/dev
+	  xargs -0 -n 1 -P "$(JOBS)" clang-tidy --quiet --warnings-as-errors='*' -p build/lint
 
 install:
 	@sh cmake/install_packages.sh $(BUILD_PACKAGES)
