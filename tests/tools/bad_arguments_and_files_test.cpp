@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
 #include <filesystem>
 #include <ostream>
 
@@ -35,6 +36,13 @@ class BadRun : public ToolTest, public ::testing::WithParamInterface<BadCase> {
     std::filesystem::resize_file(file("short.img"), 1000);
     make("holes.tif", 64, 64, GDT_Float32, {}, "GTiff", {"SPARSE_OK=TRUE"});
     put_bytes("truncated.tif", bytes("real.tif").substr(0, 5000));
+    // Cut where a strip ends, so that no read comes up short.
+    make("whole.tif", 64, 512, GDT_Float32, ramp)->GetRasterBand(1)->SetNoDataValue(-1);
+    std::array<const char*, 2> strips{"BLOCKYSIZE=16", nullptr};
+    GDALDatasetUniquePtr(GetGDALDriverManager()->GetDriverByName("GTiff")->CreateCopy(
+        file("cut.tif").c_str(), open("whole.tif").get(), FALSE, const_cast<char**>(strips.data()),
+        nullptr, nullptr));
+    put_bytes("cut.tif", bytes("cut.tif").substr(0, 64 * 4 * 16 * 20 + first_strip("cut.tif")));
     put_bytes("empty.tif", "");
     put_bytes("text.tif", "no raster\nat all\n");
     put_bytes("old.tif", "the old file");
@@ -47,6 +55,11 @@ class BadRun : public ToolTest, public ::testing::WithParamInterface<BadCase> {
     std::filesystem::create_symlink("real.tif", file("link.tif"));
     std::filesystem::create_symlink("circle.tif", file("circle.tif"));
     mkfifo(file("pipe.tif").c_str(), 0600);
+  }
+
+  std::size_t first_strip(const std::string& name) const {
+    const auto dataset = open(name);
+    return std::stoul(dataset->GetRasterBand(1)->GetMetadataItem("BLOCK_OFFSET_0_0", "TIFF"));
   }
 
   std::vector<std::string> state() const {
@@ -124,8 +137,9 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Values(
         input("missing", "no.tif", "No such file"), input("empty", "empty.tif", "is empty"),
         input("text", "text.tif", "text.tif"), input("truncated", "truncated.tif", "truncated.tif"),
-        input("short_raw", "short.img", "need 1024"), input("holes", "holes.tif", "incomplete"),
-        input("folder", "folder", "is a folder"), input("pipe", "pipe.tif", "not a regular file"),
+        input("cut", "cut.tif", "is truncated"), input("short_raw", "short.img", "need 1024"),
+        input("holes", "holes.tif", "incomplete"), input("folder", "folder", "is a folder"),
+        input("pipe", "pipe.tif", "not a regular file"),
         BadCase{
             "multilook_missing", 1, {"multilook", "no.tif", "o.tif", "--looks", "2x2"}, "no.tif"},
         BadCase{"multilook_truncated",

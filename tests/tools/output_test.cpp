@@ -40,11 +40,11 @@ class Output : public ToolTest {
 
 TEST_F(Output, ShowsProgressOnlyWhenAsked) {
   for (const auto& command : commands) {
-    EXPECT_EQ(run(with(command, {"--progress", "--overwrite"})).err,
-              (command[0] == "detect" ? "sarnum: warning: 'in.tif' holds real values: they are "
-                                        "taken as amplitudes and squared\n"
-                                      : "") +
-                  std::string(whole_progress));
+    const std::string warning = command[0] == "detect"
+                                    ? "sarnum: warning: 'in.tif' holds real values: they are "
+                                      "taken as amplitudes and squared\n"
+                                    : "";
+    EXPECT_EQ(run(with(command, {"--progress", "--overwrite"})).err, whole_progress + warning);
     EXPECT_THAT(run(with(command, {"-q", "--overwrite"})), IsSilentSuccess());
   }
 }

@@ -163,6 +163,7 @@ int parse_and_run(int argc, char** argv) {
   CPLSetConfigOption("CPL_VSIL_GZIP_WRITE_PROPERTIES", "NO");
   GDALAllRegister();
   run(app, arguments);
+  show_warnings();
   return status_done;
 }
 

@@ -14,6 +14,11 @@ namespace {
 bool silent = false;
 bool progress_line_is_open = false;
 
+std::vector<std::string>& kept_warnings() {
+  static std::vector<std::string> warnings;
+  return warnings;
+}
+
 struct GdalMessages {
   std::mutex mutex;
   std::string failure;
@@ -101,8 +106,15 @@ void silence_warnings() {
 
 void warn(std::string_view text) {
   if (!silent) {
-    write_line("warning", text);
+    kept_warnings().emplace_back(text);
   }
+}
+
+void show_warnings() {
+  for (const std::string& warning : kept_warnings()) {
+    write_line("warning", warning);
+  }
+  kept_warnings().clear();
 }
 
 void report_error(std::string_view text) {

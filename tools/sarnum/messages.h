@@ -34,7 +34,9 @@ std::string replaced(std::string text, std::string_view from, std::string_view t
 
 /// Without warnings from now on.
 void silence_warnings();
+/// Keeps a warning until show_warnings(): a command that fails has one thing to say.
 void warn(std::string_view text);
+void show_warnings();
 void report_error(std::string_view text);
 
 /// A piece of the progress line. A message that comes in between starts on a new line.

@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <optional>
 
@@ -147,21 +148,60 @@ void forbid_sidecar(GDALDataset& dataset) {
   }
 }
 
-/// Blocks that were never written are read as zeros too: the trace of an interrupted program,
-/// or meant so. They are accepted where a nodata value marks them.
-bool has_holes(const std::string& path, GDALRasterBand& band) {
-  const int status = band.GetDataCoverageStatus(0, 0, band.GetXSize(), band.GetYSize(), 0, nullptr);
-  if ((status & GDAL_DATA_COVERAGE_STATUS_UNIMPLEMENTED) != 0 ||
-      (status & GDAL_DATA_COVERAGE_STATUS_EMPTY) == 0) {
+/// The number of bytes of a file up to the end of a block of a TIFF; nothing when the block
+/// was never written.
+std::optional<std::uint64_t> end_of_block(GDALRasterBand& band, int x, int y) {
+  const auto item = [&](const char* what) {
+    return band.GetMetadataItem(CPLString().Printf("BLOCK_%s_%d_%d", what, x, y), "TIFF");
+  };
+  const char* const offset = item("OFFSET");
+  if (offset == nullptr) {
+    return std::nullopt;
+  }
+  const std::uint64_t begin = std::strtoull(offset, nullptr, 10);
+  const char* const size = item("SIZE");
+  return begin + (size != nullptr ? std::strtoull(size, nullptr, 10) : 0);
+}
+
+/// Whether blocks of a TIFF were never written. GDAL reads them as zeros or nodata: they are
+/// the trace of an interrupted program, or meant so, which is believed where nodata marks them.
+/// Blocks beyond the end of the file are read likewise, and are never meant.
+bool has_holes(const std::string& path, GDALDataset& dataset) {
+  GDALRasterBand& band = *dataset.GetRasterBand(1);
+  const GDALDriver* const driver = dataset.GetDriver();
+  VSIStatBufL status;
+  if (driver == nullptr || !EQUAL(driver->GetDescription(), "GTiff") ||
+      VSIStatL(path.c_str(), &status) != 0 ||
+      (band.GetDataCoverageStatus(0, 0, band.GetXSize(), band.GetYSize(), 0, nullptr) &
+       GDAL_DATA_COVERAGE_STATUS_EMPTY) == 0) {
     return false;
   }
-  if (!nodata_of(band)) {
+  int block_width = 1;
+  int block_height = 1;
+  band.GetBlockSize(&block_width, &block_height);
+  const int across = (band.GetXSize() - 1) / block_width + 1;
+  const int down = (band.GetYSize() - 1) / block_height + 1;
+  bool holes = false;
+  for (int y = 0; y < down; ++y) {
+    for (int x = 0; x < across; ++x) {
+      const std::optional<std::uint64_t> end = end_of_block(band, x, y);
+      if (end && *end > static_cast<std::uint64_t>(status.st_size)) {
+        throw Failure(in_quotes(path) + " is truncated: it has " + std::to_string(status.st_size) +
+                      " bytes but its pixels reach byte " + std::to_string(*end) +
+                      "; copy or make it again");
+      }
+      holes = holes || !end;
+    }
+  }
+  if (holes && !nodata_of(band)) {
     throw Failure(in_quotes(path) +
                   " is incomplete: parts of it were never written; make it again, or, if they are "
                   "meant to be zero, copy it with gdal_translate first");
   }
-  warn("parts of " + in_quotes(path) + " were never written and are read as nodata");
-  return true;
+  if (holes) {
+    warn("parts of " + in_quotes(path) + " were never written and are read as nodata");
+  }
+  return holes;
 }
 
 /// The parts of a virtual raster, which may lie in truncated files of their own.
@@ -211,7 +251,8 @@ RasterInput::RasterInput(const std::string& path) : path_(path) {
       GDALDataset::Open(path.c_str(), GDAL_OF_RASTER | GDAL_OF_READONLY | GDAL_OF_VERBOSE_ERROR));
   if (dataset_ == nullptr) {
     check_file(path, true);
-    fail_with_gdal_reason("cannot open " + in_quotes(path));
+    throw Failure("cannot open " + in_quotes(path) + ": " +
+                  replaced(gdal_failure(), path + ": ", ""));
   }
   forbid_sidecar(*dataset_);
   if (dataset_->GetRasterCount() < 1) {
@@ -222,7 +263,7 @@ RasterInput::RasterInput(const std::string& path) : path_(path) {
   }
   limit_gdal_cache(band());
   type_ = pixel_type(band());
-  if (!has_holes(path, band())) {
+  if (!has_holes(path, *dataset_)) {
     check_raw_size(path, *dataset_);
   }
   for (const std::string& warning : gdal_warnings()) {
@@ -243,8 +284,9 @@ void RasterInput::read_rows(int first, int count, GDALDataType type, void* pixel
   forget_gdal_messages();
   if (band().RasterIO(GF_Read, 0, first, width(), count, pixels, width(), count, type, 0, 0,
                       nullptr) != CE_None) {
-    fail_with_gdal_reason("cannot read " + in_quotes(path_) + ", rows " + std::to_string(first) +
-                          " to " + std::to_string(first + count - 1));
+    fail_with_gdal_reason("cannot read rows " + std::to_string(first) + " to " +
+                          std::to_string(first + count - 1) + " of " + in_quotes(path_) +
+                          ", which may be truncated or damaged");
   }
 }
 
