@@ -4,16 +4,19 @@
 // each pixel is a circular complex Gaussian number whose mean intensity is the brightness of
 // the ground (J. W. Goodman, "Some fundamental properties of speckle", JOSA 66, 1976). Pixels
 // are independent, so over any homogeneous field the equivalent number of looks is 1, and
-// averaging 4 x 4 of them gives 16. The same arguments give the same scene everywhere: the
-// standard library fixes the generator's bits but not its distributions, hence our own.
+// averaging 4 x 4 of them gives 16. The same arguments give the same scene everywhere, but for the
+// last digits of log and cosine: the standard fixes a generator's bits and not what a distribution
+// makes of them, hence our own.
 #include <gdal_priv.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <complex>
 #include <cstdint>
 #include <cstdio>
+#include <exception>
 #include <random>
 #include <string>
 #include <string_view>
@@ -149,7 +152,7 @@ bool write_scene(const std::string& path, int size, std::uint64_t seed) {
 
 }  // namespace
 
-int main(int argc, char** argv) {
+int main(int argc, char** argv) try {
   CLI::App app("Writes a simulated single-look complex radar image (complex float GeoTIFF).");
   std::string path;
   int size = 2048;
@@ -166,4 +169,7 @@ int main(int argc, char** argv) {
     return 1;
   }
   return 0;
+} catch (const std::exception& failure) {
+  std::fprintf(stderr, "simulate_scene: %s\n", failure.what());
+  return 1;
 }
