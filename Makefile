@@ -7,16 +7,18 @@ DEMO_DIR = demo
 BUILD_PACKAGES = g++ cmake ninja-build libgdal-dev libcli11-dev
 TEST_PACKAGES = $(BUILD_PACKAGES) libgtest-dev libgmock-dev pkgconf
 LINT_PACKAGES = $(TEST_PACKAGES) clang clang-format clang-tidy
+BENCH_PACKAGES = $(BUILD_PACKAGES) libbenchmark-dev libfftw3-dev pkgconf
 
 # How many processes a build and a test run may use.
 JOBS = $$(nproc 2>/dev/null || echo 2)
 
-.PHONY: help demo test lint install clean
+.PHONY: help demo test bench lint install clean
 
 help:
 	@echo 'make demo                simulate a radar scene, multilook it, show its spectrum'
 	@echo 'make demo IMAGE=path     the same on a radar image of your own'
 	@echo 'make test                build everything and run all tests'
+	@echo 'make bench               time the transforms against FFTW (ratios; JSON in build/bench)'
 	@echo 'make lint                check the format of the sources and run clang-tidy'
 	@echo 'make install PREFIX=dir  install libraries, headers and the tool (default /usr/local)'
 	@echo 'make clean               remove the build folders and what the demo wrote'
@@ -43,6 +45,13 @@ lint:
 	  -DSARNUM_BUILD_TESTS=ON -DCMAKE_EXPORT_COMPILE_COMMANDS=ON
 	git ls-files -z 'src/*.cpp' 'tools/*.cpp' 'examples/*.cpp' | \
 	  xargs -0 -n 1 -P "$(JOBS)" clang-tidy --quiet --warnings-as-errors='*' -p build/lint
+
+bench:
+	@sh cmake/install_packages.sh $(BENCH_PACKAGES)
+	cmake --preset bench
+	cmake --build --preset bench --parallel "$(JOBS)" --target transforms_bench
+	build/bench/bench/transforms_bench --benchmark_out=build/bench/transforms.json \
+	  --benchmark_out_format=json
 
 install:
 	@sh cmake/install_packages.sh $(BUILD_PACKAGES)

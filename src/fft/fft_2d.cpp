@@ -54,12 +54,14 @@ void start_meter(CMeterInfo* meter, const PaddedSize& size, int label_id) {
                                       static_cast<unsigned>(size.rows())));
   meter->SetStep(1);
   CString label;
+  const char* text = "...";
   try {
-    label = GetResourceString(label_id) + "...";
+    label = GetResourceString(label_id) + text;
+    text = label;
   } catch (const std::bad_alloc&) {
     // The caption is not worth the transform.
   }
-  meter->SetText(label.IsEmpty() ? "..." : static_cast<const char*>(label));
+  meter->SetText(text);
 }
 
 void step_meter(CMeterInfo* meter) {

@@ -34,8 +34,8 @@ void transform(Samples x, int m) {
   }
   sarnum::butterflies<sarnum::Arithmetic<Real, Real>, direction>(x, m, TableTwiddles<Real>{});
   const int* const pairs = sarnum::table_state.swap_pairs.data();
-  const int swap_count = sarnum::table_state.swap_count;
-  for (int pair = 0; pair < swap_count; ++pair) {
+  const auto swap_count = static_cast<std::size_t>(sarnum::table_state.swap_count);
+  for (std::size_t pair = 0; pair < swap_count; ++pair) {
     sarnum::exchange(x, static_cast<std::size_t>(pairs[2 * pair]),
                      static_cast<std::size_t>(pairs[2 * pair + 1]));
   }

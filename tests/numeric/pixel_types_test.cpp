@@ -98,24 +98,21 @@ TEST_P(PixelTypes, AreWidenedExactlyAndAmplitudesComputedInDouble) {
   EXPECT_EQ(out.back(), untouched);
 }
 
-INSTANTIATE_TEST_SUITE_P(AllCodes, PixelTypes,
-                         testing::Values(pixel_case<std::uint8_t>(TD_UINT8, false),
-                                         pixel_case<std::int8_t>(TD_INT8, false),
-                                         pixel_case<std::uint16_t>(TD_UINT16, false),
-                                         pixel_case<std::int16_t>(TD_INT16, false),
-                                         pixel_case<std::uint32_t>(TD_UINT32, false),
-                                         pixel_case<std::int32_t>(TD_INT32, false),
-                                         pixel_case<float>(TD_FLOAT32, false),
-                                         pixel_case<double>(TD_FLOAT64, false),
-                                         pixel_case<float>(TD_COMPLEX_FLOAT32, true),
-                                         pixel_case<double>(TD_COMPLEX_FLOAT64, true),
-                                         pixel_case<std::uint8_t>(TD_COMPLEX_UINT8, true),
-                                         pixel_case<std::int8_t>(TD_COMPLEX_INT8, true),
-                                         pixel_case<std::uint16_t>(TD_COMPLEX_UINT16, true),
-                                         pixel_case<std::int16_t>(TD_COMPLEX_INT16, true),
-                                         pixel_case<std::uint32_t>(TD_COMPLEX_UINT32, true),
-                                         pixel_case<std::int32_t>(TD_COMPLEX_INT32, true)),
-                         [](const auto& tested) { return "code" + std::to_string(tested.param.type); });
+INSTANTIATE_TEST_SUITE_P(
+    AllCodes, PixelTypes,
+    testing::Values(
+        pixel_case<std::uint8_t>(TD_UINT8, false), pixel_case<std::int8_t>(TD_INT8, false),
+        pixel_case<std::uint16_t>(TD_UINT16, false), pixel_case<std::int16_t>(TD_INT16, false),
+        pixel_case<std::uint32_t>(TD_UINT32, false), pixel_case<std::int32_t>(TD_INT32, false),
+        pixel_case<float>(TD_FLOAT32, false), pixel_case<double>(TD_FLOAT64, false),
+        pixel_case<float>(TD_COMPLEX_FLOAT32, true), pixel_case<double>(TD_COMPLEX_FLOAT64, true),
+        pixel_case<std::uint8_t>(TD_COMPLEX_UINT8, true),
+        pixel_case<std::int8_t>(TD_COMPLEX_INT8, true),
+        pixel_case<std::uint16_t>(TD_COMPLEX_UINT16, true),
+        pixel_case<std::int16_t>(TD_COMPLEX_INT16, true),
+        pixel_case<std::uint32_t>(TD_COMPLEX_UINT32, true),
+        pixel_case<std::int32_t>(TD_COMPLEX_INT32, true)),
+    [](const auto& tested) { return "code" + std::to_string(tested.param.type); });
 
 TEST(PixelTypes, CodesAreTheSuitesNumbers) {
   const int codes[] = {

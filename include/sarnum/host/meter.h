@@ -17,7 +17,7 @@
 
 class CWnd;
 class CThread;
-using HWND = struct HWND__*;
+using HWND = struct HWND__*;  // NOLINT(bugprone-reserved-identifier): the name Windows gives it
 
 /// The operations that both kinds of meters share.
 class CMeterInfoBase {
