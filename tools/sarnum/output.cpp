@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cerrno>
@@ -13,6 +14,7 @@
 #include <cstring>
 #include <filesystem>
 #include <random>
+#include <string_view>
 
 #include "messages.h"
 
@@ -23,6 +25,8 @@ namespace fs = std::filesystem;
 
 constexpr std::array companion_suffixes = {".aux.xml", ".ovr", ".msk"};
 constexpr std::array ending_signals = {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGPIPE, SIGXCPU};
+// GDAL has been seen to crash after a write that failed; that too may leave nothing behind.
+constexpr std::array crash_signals = {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT};
 
 // What the signal handler removes. A handler may touch neither the heap nor a string.
 constexpr int slot_count = 4;
@@ -38,6 +42,10 @@ extern "C" void remove_temporaries_and_end(int signal_number) {
     if (slot.used.load()) {
       unlink(slot.path);
     }
+  }
+  if (std::find(crash_signals.begin(), crash_signals.end(), signal_number) != crash_signals.end()) {
+    constexpr std::string_view message = "sarnum: error: crashed; nothing was written\n";
+    [[maybe_unused]] const auto written = write(STDERR_FILENO, message.data(), message.size());
   }
   // The default action is back in force (SA_RESETHAND): the parent sees what ended us.
   raise(signal_number);
@@ -313,7 +321,9 @@ void put_in_place(std::initializer_list<OutputFile*> files) {
 }
 
 void install_signal_handlers() {
-  for (const int number : ending_signals) {
+  std::vector<int> handled(ending_signals.begin(), ending_signals.end());
+  handled.insert(handled.end(), crash_signals.begin(), crash_signals.end());
+  for (const int number : handled) {
     struct sigaction action {};
     if (sigaction(number, nullptr, &action) == 0 && action.sa_handler == SIG_IGN) {
       continue;  // e.g. SIGHUP under nohup
