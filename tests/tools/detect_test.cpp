@@ -15,6 +15,10 @@ struct TypeCase {
   bool is_signed;
   std::vector<const char*> options;
   double factor;
+
+  friend void PrintTo(const TypeCase& tested, std::ostream* out) {
+    *out << GDALGetDataTypeName(tested.type) << (tested.is_signed ? " signed" : "");
+  }
 };
 
 class DetectType : public ToolTest, public ::testing::WithParamInterface<TypeCase> {};
