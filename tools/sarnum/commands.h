@@ -30,6 +30,11 @@ struct DetectArguments : ConversionArguments {
   bool intensity_was_asked_for = false;
 };
 
+struct SpectrumArguments : ConversionArguments {
+  bool centred = false;  ///< zero frequency in the middle
+  bool inverse = false;  ///< from a spectrum to its image
+};
+
 struct InfoArguments {
   std::string input;
   std::optional<Quantity> quantity;  ///< what a real raster holds, when the user tells
@@ -37,7 +42,7 @@ struct InfoArguments {
 
 void run_multilook(const MultilookArguments& arguments);
 void run_detect(const DetectArguments& arguments);
-void run_spectrum(const ConversionArguments& arguments);
+void run_spectrum(const SpectrumArguments& arguments);
 void run_info(const InfoArguments& arguments);
 
 }  // namespace sarnum::tool

@@ -24,7 +24,7 @@ struct Arguments {
   bool progress = false;
   MultilookArguments multilook;
   DetectArguments detect;
-  ConversionArguments spectrum;
+  SpectrumArguments spectrum;
   InfoArguments info;
 };
 
@@ -89,10 +89,17 @@ void add_detect(CLI::App& app, Arguments& arguments) {
 void add_spectrum(CLI::App& app, Arguments& arguments) {
   CLI::App& command = add_conversion(app, "spectrum", "Two-dimensional Fourier transform",
                                      arguments.spectrum, arguments);
+  command.add_flag("--centred", arguments.spectrum.centred,
+                   "Zero frequency in the middle, not at the first sample (with --inverse: of "
+                   "INPUT; what sarnum has written is recognised)");
+  command.add_flag("--inverse", arguments.spectrum.inverse,
+                   "From a spectrum back to the image: complex floats, sides that are powers of 2");
   command.footer(
-      "The sides are padded with zeros to powers of two; the zero frequency is the first sample\n"
-      "of the output, and the middle of the picture, which shows log magnitude.\n"
-      "Example:\n  sarnum spectrum slc.tif spectrum.tif --picture spectrum.png");
+      "The sides are padded with zeros to powers of two, and the spectrum is divided by their\n"
+      "product, so that --inverse returns the padded image. The picture shows log magnitude, with\n"
+      "the zero frequency of a spectrum in the middle.\n"
+      "Examples:\n  sarnum spectrum slc.tif spectrum.tif --picture spectrum.png\n"
+      "  sarnum spectrum spectrum.tif back.tif --inverse");
 }
 
 void add_info(CLI::App& app, Arguments& arguments) {

@@ -49,6 +49,9 @@ class ProgressMeter final : public Meter {
     }
   }
 
+  /// Whether all steps of the range have been made.
+  bool is_finished() const { return steps_ > 0 && done_ == steps_; }
+
  private:
   ProgressSpan span_;
   double steps_ = 0;
