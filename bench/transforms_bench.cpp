@@ -18,6 +18,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 namespace {
@@ -58,6 +59,7 @@ struct DoubleFftw {
     return fftw_plan_guru_split_dft(1, &dimension, 0, nullptr, re, im, re, im, FFTW_MEASURE);
   }
   static void run(Plan plan) { fftw_execute(plan); }
+  static void destroy(Plan plan) { fftw_destroy_plan(plan); }
 };
 
 struct FloatFftw {
@@ -71,7 +73,14 @@ struct FloatFftw {
     return fftwf_plan_dft_1d(n, complex, complex, FFTW_FORWARD, FFTW_MEASURE);
   }
   static void run(Plan plan) { fftwf_execute(plan); }
+  static void destroy(Plan plan) { fftwf_destroy_plan(plan); }
 };
+
+/// A plan that is destroyed with the last piece of work that uses it.
+template <class Fftw>
+auto owned(typename Fftw::Plan plan) {
+  return std::shared_ptr<std::remove_pointer_t<typename Fftw::Plan>>(plan, Fftw::destroy);
+}
 
 /// A forward transform of 2·n reals: real parts then imaginary parts, or interleaved.
 template <class Real, class Fftw, class Plan, class Ours>
@@ -79,10 +88,10 @@ Piece line_piece(const std::string& name, int m, Plan plan, Ours ours) {
   const std::size_t n = std::size_t{1} << m;
   auto data = std::make_shared<std::vector<Real>>(2 * n);
   auto peers = std::make_shared<std::vector<Real>>(2 * n);
-  const auto peer_plan = plan(static_cast<int>(n), peers->data());
+  const auto peer_plan = owned<Fftw>(plan(static_cast<int>(n), peers->data()));
   return {name + "/" + std::to_string(m),
           [=] { ours(data->data(), n, m); },
-          [=] { Fftw::run(peer_plan); },
+          [=] { Fftw::run(peer_plan.get()); },
           [=](bool zeros) {
             for (std::size_t i = 0; i < 2 * n; ++i) {
               (*data)[i] = (*peers)[i] = zeros ? Real{0} : sample<Real>(i);
@@ -114,14 +123,15 @@ Piece raster_piece(int side) {
     state->dst.push_back(state->spectrum.data() + 2 * row * n);
   }
   auto* const work = reinterpret_cast<fftw_complex*>(state->work.data());
-  const fftw_plan plan = fftw_plan_dft_2d(side, side, work, work, FFTW_FORWARD, FFTW_MEASURE);
+  const auto plan =
+      owned<DoubleFftw>(fftw_plan_dft_2d(side, side, work, work, FFTW_FORWARD, FFTW_MEASURE));
   return {"FFT_2D int16/" + std::to_string(side),
           [=] {
             CFFTClass().FFT_2D(state->src.data(), state->dst.data(), side, side, TD_INT16, nullptr);
           },
           [=] {
             std::copy(state->pixels.begin(), state->pixels.end(), state->work.begin());
-            fftw_execute(plan);
+            DoubleFftw::run(plan.get());
             const double scale = 1.0 / (static_cast<double>(side) * side);
             for (std::size_t i = 0; i < state->work.size(); ++i) {
               state->peers[2 * i] = static_cast<float>(state->work[i].real() * scale);
@@ -172,7 +182,7 @@ bool sides_agree(const Piece& piece) {
   return true;
 }
 
-/// Keeps the least time of each benchmark and prints the usual lines meanwhile.
+/// Keeps the least time of each benchmark, in place of the usual line for every repetition.
 class LeastTimes : public benchmark::ConsoleReporter {
  public:
   void ReportRuns(const std::vector<Run>& runs) override {

@@ -7,8 +7,9 @@
 ///   different data may run at the same time;
 /// - does not check its arguments: each declaration says what bad input gives;
 /// - never prints, throws or ends the process;
-/// - gives the same values on every CPU: the stated order of operations is the
-///   contract, and no operation is fused with another.
+/// - computes in the stated order on every CPU, and fuses no operation with another: from the
+///   same sines, cosines and logarithms come the same values. Those are the C library's, whose
+///   last bit may depend on the CPU.
 #ifndef SARNUM_SARNUM_H
 #define SARNUM_SARNUM_H
 

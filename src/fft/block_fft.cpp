@@ -28,7 +28,7 @@ void lay_rows(void** rows, float* block, int size) {
 
 CVeryFastFT::CVeryFastFT(int side_exponent)
     : exponent(side_exponent), size(side_of(side_exponent)) {
-  auto source = std::make_unique<void*[]>(static_cast<std::size_t>(size));
+  auto source = std::make_unique_for_overwrite<void*[]>(static_cast<std::size_t>(size));
   destinationRows = new void*[static_cast<std::size_t>(size)];
   sourceRows = source.release();
 }

@@ -7,7 +7,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
-#include <new>
 #include <optional>
 #include <type_traits>
 
@@ -58,8 +57,8 @@ void start_meter(CMeterInfo* meter, const PaddedSize& size, int label_id) {
   try {
     label = GetResourceString(label_id) + text;
     text = label;
-  } catch (const std::bad_alloc&) {
-    // The caption is not worth the transform.
+  } catch (...) {
+    // The caption is not worth the transform, whatever a host's strings may throw.
   }
   meter->SetText(text);
 }

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <limits>
 
 #include "sarnum/numeric/pixel_types.h"
 
@@ -14,7 +15,8 @@ namespace {
 
 constexpr int max_looks_down = 36;
 
-/// Addresses of the rows of one look. A row that the host could not provide is null.
+/// Addresses of the rows of one look. A row that the host could not provide is null, and counts as
+/// missing values: a mean must not pass for one of the whole look.
 using RowTable = std::array<const float*, max_looks_down>;
 
 int divide_rounding_up(int size, int looks) {
@@ -31,11 +33,11 @@ void average_looks(const RowTable& rows, int row_count, int width, int looks_acr
     std::int64_t count = 0;
     for (int k = 0; k < row_count; ++k) {
       const float* const row = rows[static_cast<std::size_t>(k)];
-      if (row == nullptr) {
-        continue;
-      }
-      for (std::int64_t column = begin; column < end; ++column) {
+      for (std::int64_t column = begin; row != nullptr && column < end; ++column) {
         sum += static_cast<double>(row[column]);
+      }
+      if (row == nullptr) {
+        sum = std::numeric_limits<double>::quiet_NaN();
       }
       count += end - begin;
     }

@@ -17,8 +17,8 @@
 /// touched.
 ///
 /// Assignment and copying are shallow: both objects then share the row tables of one of them, and
-/// only one may be destroyed. One object serves one call at a time; separate objects are
-/// independent.
+/// only one may be destroyed (the tables that an assignment overwrites are lost). One object serves
+/// one call at a time; separate objects are independent.
 class SARNUM_API CVeryFastFT {
  public:
   /// Fixes the side of the square, 2^exponent pixels, and allocates the row tables.
@@ -35,7 +35,8 @@ class SARNUM_API CVeryFastFT {
   void FreeDataMemory();
 
   /// Forward transform, each row and each column divided by `size`. src and dst are blocks of
-  /// size·(size + 1) floats and may be the same one; src is only read.
+  /// size·(size + 1) floats. They may be the same block or overlap: lines are read and written in
+  /// the order above. A separate src is only read.
   /// @return 1, also when the work storage of the transform could not be had (dst is then
   ///         untouched).
   int FFT_2D_Rect(float* src, float* dst);

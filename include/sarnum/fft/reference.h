@@ -5,10 +5,10 @@
 /// never the length itself (CFFTClass::CeilPowerOfTwo gives it). re and im are two
 /// distinct arrays of N elements, transformed in place, natural order in and out.
 ///
-/// The method is decimation in frequency with the twiddle factor of a group taken at its
-/// bit-reversed number (Gentleman and Sande, "Fast Fourier transforms: for fun and
-/// profit", AFIPS 1966, in the grouping that keeps one factor for a whole group),
-/// followed by a bit-reversal permutation. Accuracy grows as the square root of m.
+/// The method is decimation in time with the twiddle factor of a group taken at its bit-reversed
+/// number, one factor for a whole group, followed by a bit-reversal permutation (J. W. Cooley and
+/// J. W. Tukey, "An algorithm for the machine calculation of complex Fourier series", Math. Comp.
+/// 19, 1965). The rounding error grows as the square root of m.
 ///
 /// m outside 0 … 30 is outside the contract and leaves the arrays untouched. When the
 /// storage of the twiddle factors (N/2 pairs) cannot be had, the factors are computed

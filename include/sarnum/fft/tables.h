@@ -31,7 +31,8 @@ SARNUM_API int ibitr(int x, int bits);
 ///           result 1 and changes nothing.
 /// @return 0 on success; 1, 2, 3 or 4 when the storage of the bit reversals, the
 ///         cosines, the sines or the pair list, in that order, could not be had. What
-///         was allocated before stays for a later call with the same m.
+///         was allocated before stays for a later call with the same m; until one succeeds the
+///         tables serve no length, and the table-driven transforms do nothing.
 /// Not to be called while another thread builds, releases or uses the tables.
 SARNUM_API int init_ibitr(int m);
 

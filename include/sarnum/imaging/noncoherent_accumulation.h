@@ -20,7 +20,8 @@
 ///
 /// One band of looksDown input rows and one output row are in memory at a time.
 ///
-/// @param outputPath  the file to create, as the host's CFileLayer::Create does it.
+/// @param outputPath  the file to create, as the host's CFileLayer::Create does it: another file
+///                    than the input, which creating it would replace while it is read.
 /// @param inputPath   the file to read, as CFileLayer::Open does it.
 /// @param looksAcross columns averaged into one, at least 1; may exceed the width.
 /// @param looksDown   rows averaged into one, 1 … 36; may exceed the height.
@@ -30,7 +31,8 @@
 /// @return 1 when the output was written; 0 when the input could not be opened (then no
 ///         output was created) or the output could not be created. Arguments outside the
 ///         bounds, a null meter included, give 0 before any file is touched. A row that could
-///         not be read or written is not reported here: ask the host.
+///         not be read or written is not reported here: ask the host. Means over a row that the
+///         host has no storage for are NaN.
 /// Calls on different output files may run at the same time.
 SARNUM_API int NoncoherentAccumulationR(CString outputPath, CString inputPath, int looksAcross,
                                         int looksDown, CCustomMeterInfo* meter);
