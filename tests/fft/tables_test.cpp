@@ -92,14 +92,25 @@ TEST_F(Tables, GrowBelowTheLargestExponentAfterARelease) {
   delete_ibitr();
 }
 
+/// Neither length must be served by tables of which a part is missing.
+void expect_no_length_served() {
+  EXPECT_FALSE(table_state.ready_exponent.has_value());
+  for (const int m : {5, 8, 9, 11}) {
+    std::vector<double> data(2 << m, 1.0);
+    fft_Fast(data.data(), data.data() + (1 << m), m);
+    EXPECT_EQ(data, std::vector<double>(2 << m, 1.0));
+  }
+}
+
 TEST_F(Tables, EveryFailedAllocationHasItsStatusAndIsMadeUpForLater) {
   for (int nth = 1; nth <= 4; ++nth) {
     SetUp();
     {
-      const FailingAllocations failing(nth);
+      const FailingAllocations failing(nth, FailingAllocations::Failing::persistently);
       EXPECT_EQ(init_ibitr(9), nth);
     }
     EXPECT_EQ(table_state.largest_exponent, 9);
+    expect_no_length_served();
     {
       const FailingAllocations counting(0);
       EXPECT_EQ(init_ibitr(9), 0);
@@ -109,13 +120,17 @@ TEST_F(Tables, EveryFailedAllocationHasItsStatusAndIsMadeUpForLater) {
   }
 }
 
-TEST_F(Tables, AFailureLeavesNoArrayTooShortForWhatFollows) {
+TEST_F(Tables, AFailureToGrowLeavesNothingShortOrServed) {
   for (int nth = 1; nth <= 4; ++nth) {
     SetUp();
+    ASSERT_EQ(init_ibitr(11), 0);
+    delete_ibitr();
+    ASSERT_EQ(init_ibitr(8), 0);
     {
-      const FailingAllocations failing(nth, FailingAllocations::Failing::persistently);
-      EXPECT_EQ(init_ibitr(11), nth);
+      const FailingAllocations failing(nth);
+      EXPECT_EQ(init_ibitr(10), nth);
     }
+    expect_no_length_served();
     ASSERT_EQ(init_ibitr(5), 0);
     expect_tables_of(5);
     ASSERT_EQ(init_ibitr(10), 0);

@@ -1,0 +1,109 @@
+// Every one-dimensional transform of the library in one table, with what it promises: tests of
+// values, accuracy, storage and threads run over all of them.
+#pragma once
+
+#include <sarnum/sarnum.h>
+
+#include <cmath>
+#include <vector>
+
+#include "plain_transform.h"
+
+namespace forms {
+
+/// The plain definition that a form follows, and the bound of its relative error divided by √m:
+/// half a unit in the last place, and more where the angles of the twiddles are rounded as coarsely
+/// as the butterflies.
+template <class Real>
+struct Arithmetic {
+  void (*radix2)(Real* re, Real* im, int m, bool inverse);
+  double accuracy;
+};
+
+/// A transform, as one of a split pair.
+template <class Real>
+struct Form {
+  const char* name;
+  Arithmetic<Real> arithmetic;
+  bool inverse;
+  bool divides;
+  bool centred;
+  void (*transform)(Real* re, Real* im, int m);
+
+  /// The plain definition of the same.
+  void define(Real* re, Real* im, int m) const {
+    if (centred) {
+      oracle::alternate_signs(re, im, 1 << m);
+    }
+    arithmetic.radix2(re, im, m, inverse);
+    if (divides) {
+      oracle::divide_by_length(re, im, 1 << m);
+    }
+  }
+};
+
+/// A transform of an interleaved array, on a split pair.
+template <void (*transform)(float*, int)>
+void interleaved(float* re, float* im, int m) {
+  const std::size_t n = std::size_t{1} << m;
+  std::vector<float> data(2 * n);
+  for (std::size_t i = 0; i < n; ++i) {
+    data[2 * i] = re[i];
+    data[2 * i + 1] = im[i];
+  }
+  transform(data.data(), m);
+  for (std::size_t i = 0; i < n; ++i) {
+    re[i] = data[2 * i];
+    im[i] = data[2 * i + 1];
+  }
+}
+
+template <class Real>
+std::vector<Form<Real>> all();
+
+template <>
+inline std::vector<Form<double>> all<double>() {
+  const Arithmetic<double> in_double{oracle::radix2<double, double, double>, std::ldexp(1.5, -53)};
+  const Arithmetic<double> rounded{oracle::radix2<double, double, float>, std::ldexp(1.0, -24)};
+  return {
+      {"fft", in_double, false, false, false, fft},
+      {"ifft", rounded, true, false, false, ifft},
+      {"fft_Fast", in_double, false, false, false, fft_Fast},
+      {"ifft_Fast", in_double, true, true, false, ifft_Fast},
+      {"member fft", in_double, false, false, false,
+       [](double* re, double* im, int m) { CFFTClass().fft(re, im, m); }},
+      {"member ifft", rounded, true, false, false,
+       [](double* re, double* im, int m) { CFFTClass().ifft(re, im, m); }},
+      {"fft_new 1", in_double, false, false, true,
+       [](double* re, double* im, int m) { CFFTClass().fft_new(re, im, m, 1); }},
+      {"fft_new 0", in_double, false, false, false,
+       [](double* re, double* im, int m) { CFFTClass().fft_new(re, im, m, 0); }},
+  };
+}
+
+template <>
+inline std::vector<Form<float>> all<float>() {
+  const Arithmetic<float> rounded{oracle::radix2<double, double, float>, std::ldexp(1.0, -24)};
+  const Arithmetic<float> in_float{oracle::radix2<float, float, float>, std::ldexp(2.0, -24)};
+  const Arithmetic<float> by_table{oracle::radix2<double, float, float>, std::ldexp(1.0, -24)};
+  return {
+      {"fft", in_float, false, false, false, fft},
+      {"ifft", in_float, true, true, false, ifft},
+      {"fft interleaved", in_float, false, false, false, interleaved<fft>},
+      {"ifft interleaved", in_float, true, true, false, interleaved<ifft>},
+      {"fft_Fast", by_table, false, false, false, fft_Fast},
+      {"ifft_Fast", by_table, true, true, false, ifft_Fast},
+      {"fft_Fast interleaved", by_table, false, false, false, interleaved<fft_Fast>},
+      {"ifft_Fast interleaved", by_table, true, true, false, interleaved<ifft_Fast>},
+      {"member fft", rounded, false, false, false,
+       [](float* re, float* im, int m) { CFFTClass().fft(re, im, m); }},
+      {"member ifft", rounded, true, false, false,
+       [](float* re, float* im, int m) { CFFTClass().ifft(re, im, m); }},
+      {"fft_new 1", rounded, false, false, true,
+       [](float* re, float* im, int m) { CFFTClass().fft_new(re, im, m, 1); }},
+      {"fft_new -1", rounded, false, false, false,
+       [](float* re, float* im, int m) { CFFTClass().fft_new(re, im, m, -1); }},
+  };
+}
+
+}  // namespace forms
