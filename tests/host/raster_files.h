@@ -1,78 +1,70 @@
-// Raster files made and examined with GDAL alone, and layers used as the library uses them.
+// Layers used as the library uses them, on files made with GDAL alone.
 #pragma once
 
+#include <cpl_string.h>
 #include <gdal_priv.h>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <functional>
+#include <algorithm>
+#include <random>
 #include <string>
 #include <vector>
 
 #include "sarnum/host/file_layer.h"
+#include "sarnum/host/standalone.h"
+#include "temporary_folder.h"
 
-inline int open_layer(CFileLayer& layer, const std::string& path) {
-  return layer.Open(path.c_str(), 272, 0, 0x80000000UL);
-}
-
-inline int create_layer(CFileLayer& layer, const std::string& path, int width, int height) {
-  return layer.Create(path.c_str(), width, height, 7, 273, 7, nullptr, 0);
-}
-
-struct RasterSpec {
-  int width = 10;
-  int height = 7;
-  int bands = 1;
-  GDALDataType type = GDT_Float32;
-  const char* driver = "GTiff";
-  std::vector<const char*> options = {};
-};
-
-/// Sample value that differs from all its neighbours, exact in every type.
-inline double ramp(int column, int row) {
-  return (column * 7 + row * 31) % 127;
-}
-
-/// Writes a raster whose band b holds value(column, row) + b − 1.
-inline void make_raster(const std::string& path, const RasterSpec& spec,
-                        const std::function<double(int, int)>& value = ramp,
-                        const std::function<void(GDALDataset&)>& finish = {}) {
-  GDALAllRegister();
-  std::vector<const char*> options = spec.options;
-  options.push_back(nullptr);
-  GDALDriver* const driver = GetGDALDriverManager()->GetDriverByName(spec.driver);
-  ASSERT_NE(driver, nullptr) << spec.driver;
-  const GDALDatasetUniquePtr dataset(driver->Create(path.c_str(), spec.width, spec.height,
-                                                    spec.bands, spec.type,
-                                                    const_cast<char**>(options.data())));
-  ASSERT_NE(dataset, nullptr) << path;
-  std::vector<double> samples(static_cast<std::size_t>(spec.width));
-  for (int band = 1; band <= spec.bands; ++band) {
-    for (int row = 0; row < spec.height; ++row) {
-      for (int column = 0; column < spec.width; ++column) {
-        samples[static_cast<std::size_t>(column)] = value(column, row) + band - 1;
-      }
-      ASSERT_EQ(
-          dataset->GetRasterBand(band)->RasterIO(GF_Write, 0, row, spec.width, 1, samples.data(),
-                                                 spec.width, 1, GDT_Float64, 0, 0, nullptr),
-          CE_None);
-    }
-  }
-  if (finish) {
-    finish(*dataset);
-  }
-}
-
-/// A row of an opened layer, empty when it has no address.
-inline std::vector<float> row_of(CFileLayer& layer, int row) {
-  const auto* const samples = static_cast<const float*>(layer.GetRowAddr(row));
-  return samples == nullptr ? std::vector<float>()
-                            : std::vector<float>(samples, samples + layer.Width());
-}
-
-inline std::vector<float> ramp_row(int width, int row) {
-  std::vector<float> samples;
-  for (int column = 0; column < width; ++column) {
-    samples.push_back(static_cast<float>(ramp(column, row)));
-  }
+/// A row of noise that every pixel type holds exactly.
+inline std::vector<float> noise(int width, int row) {
+  std::minstd_rand random(static_cast<unsigned>(row) + 1);
+  std::vector<float> samples(static_cast<std::size_t>(width));
+  std::generate(samples.begin(), samples.end(), [&] { return static_cast<float>(random() % 128); });
   return samples;
 }
+
+/// Writes three bands of noise, the rows of each going on where those of the last one ended.
+inline GDALDatasetUniquePtr make_raster(const std::string& path, int width, int height,
+                                        const char* options = "", GDALDataType type = GDT_Float32,
+                                        const char* driver = "GTiff") {
+  GDALAllRegister();
+  const CPLStringList list(CSLTokenizeString(options));
+  GDALDatasetUniquePtr dataset(GetGDALDriverManager()->GetDriverByName(driver)->Create(
+      path.c_str(), width, height, 3, type, list.List()));
+  for (int i = 0; i < 3 * height; ++i) {
+    GDALRasterBand* const band = dataset->GetRasterBand(i / height + 1);
+    EXPECT_EQ(band->RasterIO(GF_Write, 0, i % height, width, 1, noise(width, i).data(), width, 1,
+                             GDT_Float32, 0, 0, nullptr),
+              CE_None);
+  }
+  return dataset;
+}
+
+class LayerTest : public ::testing::Test {
+ protected:
+  static int open(CFileLayer& layer, const std::string& path) {
+    sarnum::host::clear_raster_failure();
+    return layer.Open(path.c_str(), 272, 0, 0x80000000UL);
+  }
+  static int create(CFileLayer& layer, const std::string& path, int width, int height,
+                    const std::vector<const char*>& options = {}) {
+    sarnum::host::clear_raster_failure();
+    if (!options.empty()) {
+      sarnum::host::set_creation_options(options.data(), static_cast<int>(options.size()));
+    }
+    return layer.Create(path.c_str(), width, height, 7, 273, 7, nullptr, 0);
+  }
+  static std::string failure() { return sarnum::host::raster_failure(); }
+
+  int set_band(int rows) { return layer_.SetBlockMode(256, 0, 0, layer_.Width(), rows, 1); }
+  /// A row of the layer, empty when it has no address.
+  std::vector<float> row(int number) {
+    const auto* const samples = static_cast<const float*>(layer_.GetRowAddr(number));
+    return samples == nullptr ? std::vector<float>()
+                              : std::vector<float>(samples, samples + layer_.Width());
+  }
+
+  TemporaryFolder folder_;
+  const std::string path_ = folder_.file("raster.tif");
+  CFileLayer layer_{nullptr};
+};
