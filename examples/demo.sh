@@ -44,6 +44,9 @@ row() {
   printf '  %-14s %6s   %-14s %s\n' "${size%% pixels*}" "${looks%% *}" "$2" "${1##*/}"
 }
 
+case $image in
+  -*) image=./$image ;;
+esac
 if [ -n "$image" ]; then
   pixel_type=$(describe "$image" 'Pixel type')
   name=${image##*/}

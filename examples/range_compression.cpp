@@ -19,8 +19,10 @@
 #include <array>
 #include <cmath>
 #include <complex>
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <exception>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -280,14 +282,14 @@ class Picture {
   static constexpr int height = 2 * lines + bar;
   std::vector<std::uint8_t> pixels_ = [] {
     std::vector<std::uint8_t> pixels(std::size_t{width} * height);
-    std::fill_n(pixels.begin() + width * lines, width * bar, std::uint8_t{255});
+    std::fill_n(pixels.begin() + std::ptrdiff_t{width} * lines, width * bar, std::uint8_t{255});
     return pixels;
   }();
 };
 
 }  // namespace
 
-int main(int argc, char** argv) {
+int main(int argc, char** argv) try {
   CLI::App app("Compresses the simulated echoes of a chirp radar and measures the point response.");
   std::string folder;
   app.add_option("FOLDER", folder, "where to write range_compression.png (replaced)")
@@ -310,4 +312,7 @@ int main(int argc, char** argv) {
     }
   }
   return picture.write((std::filesystem::path(folder) / "range_compression.png").string()) ? 0 : 1;
+} catch (const std::exception& error) {
+  std::fprintf(stderr, "range_compression: %s\n", error.what());
+  return 1;
 }

@@ -6,6 +6,8 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
+#include <optional>
 
 #include "commands.h"
 #include "description.h"
@@ -19,27 +21,45 @@
 namespace sarnum::tool {
 namespace {
 
+/// Whether detected samples can no longer be told from the nodata value by theirs: several values
+/// have one square. Zero alone stays what it is.
+bool loses_nodata(const RasterInput& input, bool amplitude) {
+  const std::optional<double> nodata = nodata_of(input.band());
+  return nodata && *nodata != 0.0 && (!amplitude || input.type().is_complex());
+}
+
 /// Detects a run of pixels and counts the samples that a 32-bit float cannot hold.
 class Detector {
  public:
-  Detector(PixelType type, bool amplitude, int width)
+  /// @param nodata  samples of this value become NaN.
+  Detector(PixelType type, bool amplitude, int width, std::optional<double> nodata)
       : type_(type),
         amplitude_(amplitude),
+        nodata_(nodata),
         re_(static_cast<std::size_t>(width)),
-        im_(static_cast<std::size_t>(width)) {}
+        im_(static_cast<std::size_t>(width)),
+        missing_(static_cast<std::size_t>(width)) {}
 
   void detect_row(std::byte* pixels, float* out) {
     const int count = static_cast<int>(re_.size());
+    Transform_to_double(pixels, type_.code, re_.data(), im_.data(), count);
+    std::transform(re_.begin(), re_.end(), im_.begin(), missing_.begin(),
+                   [this](double x, double y) {
+                     return static_cast<char>(is_nodata(x, nodata_) && y == 0.0);
+                   });
     if (amplitude_) {
       Transform_to_double(pixels, type_.code, re_.data(), count);
     } else {
       // Squaring the parts, not the amplitude, spares the rounding of a square root.
-      Transform_to_double(pixels, type_.code, re_.data(), im_.data(), count);
       for (std::size_t i = 0; i < re_.size(); ++i) {
         re_[i] = re_[i] * re_[i] + im_[i] * im_[i];
       }
     }
     for (std::size_t i = 0; i < re_.size(); ++i) {
+      if (missing_[i] != 0) {
+        out[i] = std::numeric_limits<float>::quiet_NaN();
+        continue;
+      }
       out[i] = static_cast<float>(re_[i]);
       const bool is_lost =
           (std::isinf(out[i]) && std::isfinite(re_[i])) || (out[i] == 0.0F && re_[i] != 0.0);
@@ -52,8 +72,10 @@ class Detector {
  private:
   PixelType type_;
   bool amplitude_;
+  std::optional<double> nodata_;
   std::vector<double> re_;
   std::vector<double> im_;
+  std::vector<char> missing_;
   std::int64_t lost_ = 0;
 };
 
@@ -76,12 +98,8 @@ void warn_of_input(const RasterInput& input, const DetectArguments& arguments) {
 Description described(const RasterInput& input, bool amplitude) {
   Description description(input);
   const bool changes = !amplitude || input.type().is_complex();
-  if (description.nodata) {
-    const double value = *description.nodata;
-    const double detected = !amplitude                  ? value * value
-                            : input.type().is_complex() ? std::abs(value)
-                                                        : value;
-    description.nodata = static_cast<double>(static_cast<float>(detected));
+  if (loses_nodata(input, amplitude)) {
+    description.nodata = std::numeric_limits<double>::quiet_NaN();
   }
   if (!amplitude) {
     description.unit.clear();
@@ -107,7 +125,8 @@ void detect(const RasterInput& input, GDALDataset& dataset, const OutputFile& ou
   const auto width = static_cast<std::size_t>(input.width());
   std::vector<std::byte> pixels(width * static_cast<std::size_t>(rows) * input.type().bytes());
   std::vector<float> samples(width * static_cast<std::size_t>(rows));
-  Detector detector(input.type(), amplitude, input.width());
+  Detector detector(input.type(), amplitude, input.width(),
+                    loses_nodata(input, amplitude) ? nodata_of(input.band()) : std::nullopt);
   for (int first = 0; first < input.height(); first += rows) {
     const int count = std::min(rows, input.height() - first);
     input.read_rows(first, count, pixels.data());

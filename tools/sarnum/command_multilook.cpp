@@ -4,6 +4,8 @@
 #include <sarnum/host/standalone.h>
 #include <sarnum/sarnum.h>
 
+#include <algorithm>
+#include <cctype>
 #include <charconv>
 #include <string_view>
 
@@ -41,7 +43,7 @@ Looks parse_looks(const std::string& text) {
     }
     return value;
   };
-  const std::size_t cross = text.find('x');
+  const std::size_t cross = text.find_first_of("xX");
   if (cross == std::string::npos) {
     fail("give ACROSSxDOWN, e.g. 4x4");
   }
@@ -56,12 +58,23 @@ Looks parse_looks(const std::string& text) {
   return looks;
 }
 
+/// The name as a shell takes it for a file.
+std::string for_shell(const std::string& name) {
+  const std::string file = name.starts_with('-') ? "./" + name : name;
+  const auto is_plain = [](char c) {
+    return std::isalnum(static_cast<unsigned char>(c)) != 0 ||
+           std::string_view("_-./=,+:").find(c) != std::string_view::npos;
+  };
+  return std::all_of(file.begin(), file.end(), is_plain) ? file
+                                                         : in_quotes(replaced(file, "'", "'\\''"));
+}
+
 void check_input(const RasterInput& input) {
   if (input.type().is_complex()) {
     const std::string stem = CPLGetBasename(input.path().c_str());
     throw Failure(in_quotes(input.path()) +
                   " holds complex pixels, which cannot be averaged; first run: sarnum detect " +
-                  input.path() + " " + stem + "_intensity.tif");
+                  for_shell(input.path()) + " " + for_shell(stem + "_intensity.tif"));
   }
   const std::string sign = input.sign_of_decibels();
   if (!sign.empty()) {
@@ -77,6 +90,7 @@ void check_input(const RasterInput& input) {
 void run_library(const RasterInput& input, const OutputFile& output, Looks looks,
                  const std::vector<std::string>& creation_options, Progress& progress) {
   std::vector<const char*> options;
+  options.reserve(creation_options.size());
   for (const std::string& option : creation_options) {
     options.push_back(option.c_str());
   }
@@ -89,10 +103,12 @@ void run_library(const RasterInput& input, const OutputFile& output, Looks looks
   host::clear_raster_failure();
   const int status = NoncoherentAccumulationR(output.temporary().c_str(), input.path().c_str(),
                                               looks.across, looks.down, &meter);
-  const std::string failure = replaced(host::raster_failure(), output.temporary(), output.name());
+  const std::string failure =
+      replaced(host::raster_failure(), output.temporary(), in_quotes(output.name()));
   if (status != 1 || !failure.empty()) {
-    throw Failure("multilooking of " + in_quotes(input.path()) + " to " + in_quotes(output.name()) +
-                  " failed" + (failure.empty() ? "" : ": " + failure));
+    throw Failure(failure.empty() ? "multilooking of " + in_quotes(input.path()) + " to " +
+                                        in_quotes(output.name()) + " failed"
+                                  : failure + (options.empty() ? "" : " (given --co options)"));
   }
 }
 

@@ -41,7 +41,7 @@ ControlPoints::ControlPoints(ControlPoints&& other) noexcept
     : count_(std::exchange(other.count_, 0)),
       points_(std::exchange(other.points_, nullptr)),
       has_reference_(other.has_reference_),
-      reference_(other.reference_) {}
+      reference_(std::move(other.reference_)) {}
 
 ControlPoints::~ControlPoints() {
   GDALDeinitGCPs(count_, points_);

@@ -36,6 +36,11 @@ void check_creation_options(const std::vector<std::string>& options) {
     if (equals == 0 || equals == std::string::npos) {
       throw UsageFailure("--co " + in_quotes(option) + " is not of the form NAME=VALUE");
     }
+    if (EQUAL(option.substr(0, equals).c_str(), "PROFILE") &&
+        !EQUAL(option.substr(equals + 1).c_str(), "GDALGeoTIFF")) {
+      throw UsageFailure("--co " + in_quotes(option) +
+                         " would drop what the file says of the image; leave it out");
+    }
     for (const char* const name : {"TFW", "WORLDFILE", "RPB", "RPCTXT"}) {
       if (EQUAL(option.substr(0, equals).c_str(), name) &&
           CPLTestBool(option.substr(equals + 1).c_str())) {

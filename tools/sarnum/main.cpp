@@ -1,6 +1,7 @@
 // sarnum: the command line of the library. This file knows the arguments and the exit status;
 // each command has a file of its own.
 #include <cpl_conv.h>
+#include <fcntl.h>
 #include <gdal_priv.h>
 #include <sarnum/sarnum.h>
 #include <unistd.h>
@@ -27,6 +28,32 @@ struct Arguments {
   SpectrumArguments spectrum;
   InfoArguments info;
 };
+
+/// A program started with a standard stream closed would get its number for the next file that it
+/// opens, and what is meant for the terminal would end in that file.
+void occupy_standard_streams() {
+  for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; ++stream) {
+    if (fcntl(stream, F_GETFD) == -1) {
+      // The lowest free number is the stream's own.
+      [[maybe_unused]] const int occupied = open("/dev/null", O_RDWR);
+    }
+  }
+}
+
+/// What is wrong with the arguments. A misspelt option may only show in what is then missing.
+std::string argument_fault(const CLI::App& app, const CLI::ParseError& error) {
+  std::string help = "sarnum --help";
+  for (const CLI::App* const command : app.get_subcommands()) {
+    help = "sarnum " + command->get_name() + " --help";
+    for (const std::string& word : command->remaining()) {
+      if (word.starts_with('-')) {
+        return "there is no option " + in_quotes(word) + " (see " + help +
+               "); a file of that name is given as ./" + word;
+      }
+    }
+  }
+  return one_line(error.what()) + " (see " + help + ")";
+}
 
 std::string version_text() {
   const BuildInfo info = build_info();
@@ -161,10 +188,12 @@ int parse_and_run(int argc, char** argv) {
   try {
     app.parse(argc, argv);
   } catch (const CLI::Success& request) {  // --help, --version
-    return app.exit(request, std::cout, std::cerr) == 0 && std::cout.flush() ? status_done
-                                                                             : status_failed;
+    if (app.exit(request, std::cout, std::cerr) != 0 || !std::cout.flush()) {
+      throw Failure("cannot write to the standard output");
+    }
+    return status_done;
   } catch (const CLI::ParseError& error) {
-    throw UsageFailure(one_line(error.what()) + " (see sarnum --help)");
+    throw UsageFailure(argument_fault(app, error));
   }
   // Reading a .gz file would leave a note on its contents beside it.
   CPLSetConfigOption("CPL_VSIL_GZIP_WRITE_PROPERTIES", "NO");
@@ -176,6 +205,7 @@ int parse_and_run(int argc, char** argv) {
 
 int main_without_exceptions(int argc, char** argv) noexcept {
   try {
+    occupy_standard_streams();
     install_gdal_message_handler();
     install_signal_handlers();
     return parse_and_run(argc, argv);
@@ -183,7 +213,7 @@ int main_without_exceptions(int argc, char** argv) noexcept {
     report_error(failure.what());
     return status_usage;
   } catch (const std::bad_alloc&) {
-    std::fputs("sarnum: error: out of memory; nothing was written\n", stderr);
+    std::fputs("sarnum: error: out of memory\n", stderr);
     return status_failed;
   } catch (const std::exception& failure) {
     report_error(failure.what());

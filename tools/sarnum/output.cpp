@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <climits>
 #include <csignal>
+#include <cstddef>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
@@ -24,7 +25,12 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::array companion_suffixes = {".aux.xml", ".ovr", ".msk"};
-constexpr std::array ending_signals = {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGPIPE, SIGXCPU};
+// Files that GDAL takes for a raster's own by the name without its ending. Other rasters may use
+// them too, so they are never removed.
+constexpr std::array place_suffixes = {".tfw", ".tifw", ".tiffw",   ".pgw",    ".wld",
+                                       ".RPB", ".rpb",  "_RPC.TXT", "_rpc.txt"};
+constexpr std::array ending_signals = {SIGINT,  SIGTERM, SIGHUP,  SIGQUIT,  SIGPIPE,
+                                       SIGXCPU, SIGUSR1, SIGALRM, SIGVTALRM};
 // GDAL has been seen to crash after a write that failed; that too may leave nothing behind.
 constexpr std::array crash_signals = {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT};
 
@@ -38,12 +44,15 @@ std::array<Slot, slot_count> slots;
 static_assert(std::atomic<bool>::is_always_lock_free);
 
 extern "C" void remove_temporaries_and_end(int signal_number) {
+  bool is_unfinished = false;
   for (Slot& slot : slots) {
     if (slot.used.load()) {
+      is_unfinished = true;
       unlink(slot.path);
     }
   }
-  if (std::find(crash_signals.begin(), crash_signals.end(), signal_number) != crash_signals.end()) {
+  if (is_unfinished &&
+      std::find(crash_signals.begin(), crash_signals.end(), signal_number) != crash_signals.end()) {
     constexpr std::string_view message = "sarnum: error: crashed; nothing was written\n";
     [[maybe_unused]] const auto written = write(STDERR_FILENO, message.data(), message.size());
   }
@@ -118,6 +127,13 @@ void check_against_inputs(const std::string& name, const std::string& target,
 }
 
 void check_target(const std::string& name, const std::string& target, bool overwrite) {
+  const std::string stem = fs::path(target).replace_extension().string();
+  for (const char* const suffix : place_suffixes) {
+    if (access((stem + suffix).c_str(), F_OK) == 0) {
+      throw Failure(in_quotes(stem + suffix) + " exists and would be taken for the place of " +
+                    in_quotes(name) + "; remove it or choose another name");
+    }
+  }
   struct stat status {};
   if (stat(target.c_str(), &status) != 0) {
     if (errno != ENOENT) {
@@ -321,6 +337,12 @@ void put_in_place(std::initializer_list<OutputFile*> files) {
 }
 
 void install_signal_handlers() {
+  // A handler for a stack that has overflowed needs another one.
+  static std::array<std::byte, 1 << 16> handler_stack;
+  stack_t stack{};
+  stack.ss_sp = handler_stack.data();
+  stack.ss_size = handler_stack.size();
+  sigaltstack(&stack, nullptr);
   std::vector<int> handled(ending_signals.begin(), ending_signals.end());
   handled.insert(handled.end(), crash_signals.begin(), crash_signals.end());
   for (const int number : handled) {
@@ -330,7 +352,8 @@ void install_signal_handlers() {
     }
     action = {};
     action.sa_handler = remove_temporaries_and_end;
-    action.sa_flags = static_cast<int>(SA_RESETHAND | static_cast<unsigned>(SA_NODEFER));
+    action.sa_flags =
+        static_cast<int>(SA_RESETHAND | static_cast<unsigned>(SA_NODEFER | SA_ONSTACK));
     sigfillset(&action.sa_mask);
     sigdelset(&action.sa_mask, number);
     sigaction(number, &action, nullptr);

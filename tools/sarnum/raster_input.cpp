@@ -2,6 +2,7 @@
 
 #include <cpl_conv.h>
 #include <cpl_string.h>
+#include <fcntl.h>
 #include <gdal_pam.h>
 #include <rawdataset.h>
 #include <sarnum/sarnum.h>
@@ -141,6 +142,36 @@ void check_raw_size(const std::string& path, GDALDataset& dataset) {
   }
 }
 
+/// While it lives, nothing arrives on stderr: some libraries that GDAL opens files with write there
+/// themselves what GDAL then reports. Debug messages, where the user asked for them, pass.
+class QuietStderr {
+ public:
+  QuietStderr() {
+    if (CPLGetConfigOption("CPL_DEBUG", nullptr) != nullptr) {
+      return;
+    }
+    const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
+    if (nowhere >= 0) {
+      kept_ = fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+      if (kept_ >= 0) {
+        dup2(nowhere, STDERR_FILENO);
+      }
+      close(nowhere);
+    }
+  }
+  ~QuietStderr() {
+    if (kept_ >= 0) {
+      dup2(kept_, STDERR_FILENO);
+      close(kept_);
+    }
+  }
+  QuietStderr(const QuietStderr&) = delete;
+  QuietStderr& operator=(const QuietStderr&) = delete;
+
+ private:
+  int kept_ = -1;
+};
+
 /// GDAL keeps some of what it finds out while reading beside the file, unless told not to.
 void forbid_sidecar(GDALDataset& dataset) {
   if (auto* const pam = dynamic_cast<GDALPamDataset*>(&dataset)) {
@@ -204,23 +235,24 @@ bool has_holes(const std::string& path, GDALDataset& dataset) {
   return holes;
 }
 
-/// The parts of a virtual raster, which may lie in truncated files of their own.
-void check_sources(const std::string& path, GDALDataset& dataset, int depth) {
-  constexpr int deepest = 4;
+/// Adds the files of a raster. The parts of a virtual raster are looked into: they may lie in
+/// truncated files, and consist of further files.
+void collect_files(const std::string& path, GDALDataset& dataset, int depth,
+                   std::vector<std::string>& collected) {
+  constexpr int deepest = 8;
   const GDALDriver* const driver = dataset.GetDriver();
-  if (depth > deepest || driver == nullptr || !EQUAL(driver->GetDescription(), "VRT")) {
-    return;
-  }
+  const bool is_virtual = driver != nullptr && EQUAL(driver->GetDescription(), "VRT");
   const CPLStringList files(dataset.GetFileList());
   for (int i = 0; i < files.size(); ++i) {
-    if (path == files[i]) {
+    collected.emplace_back(files[i]);
+    if (!is_virtual || path == files[i] || depth == deepest) {
       continue;
     }
     const GDALDatasetUniquePtr source(GDALDataset::Open(files[i], GDAL_OF_RASTER));
     if (source != nullptr && source->GetRasterCount() > 0) {
       forbid_sidecar(*source);
       check_raw_size(files[i], *source);
-      check_sources(files[i], *source, depth + 1);
+      collect_files(files[i], *source, depth + 1, collected);
     }
   }
 }
@@ -247,8 +279,11 @@ void limit_gdal_cache(GDALRasterBand& band) {
 RasterInput::RasterInput(const std::string& path) : path_(path) {
   check_file(path, false);
   forget_gdal_messages();
-  dataset_.reset(
-      GDALDataset::Open(path.c_str(), GDAL_OF_RASTER | GDAL_OF_READONLY | GDAL_OF_VERBOSE_ERROR));
+  {
+    const QuietStderr quiet;
+    dataset_.reset(
+        GDALDataset::Open(path.c_str(), GDAL_OF_RASTER | GDAL_OF_READONLY | GDAL_OF_VERBOSE_ERROR));
+  }
   if (dataset_ == nullptr) {
     check_file(path, true);
     throw Failure("cannot open " + in_quotes(path) + ": " +
@@ -269,7 +304,8 @@ RasterInput::RasterInput(const std::string& path) : path_(path) {
   for (const std::string& warning : gdal_warnings()) {
     warn(in_quotes(path) + ": " + warning);
   }
-  check_sources(path, *dataset_, 0);
+  files_.push_back(path);
+  collect_files(path, *dataset_, 0, files_);
   if (dataset_->GetRasterCount() > 1) {
     warn(in_quotes(path) + " has " + std::to_string(dataset_->GetRasterCount()) +
          " bands; only band 1 is used");
@@ -284,9 +320,10 @@ void RasterInput::read_rows(int first, int count, GDALDataType type, void* pixel
   forget_gdal_messages();
   if (band().RasterIO(GF_Read, 0, first, width(), count, pixels, width(), count, type, 0, 0,
                       nullptr) != CE_None) {
-    fail_with_gdal_reason("cannot read rows " + std::to_string(first) + " to " +
-                          std::to_string(first + count - 1) + " of " + in_quotes(path_) +
-                          ", which may be truncated or damaged");
+    fail_with_gdal_reason((count == 1 ? "cannot read row " + std::to_string(first)
+                                      : "cannot read rows " + std::to_string(first) + " to " +
+                                            std::to_string(first + count - 1)) +
+                          " of " + in_quotes(path_) + ", which may be truncated or damaged");
   }
 }
 
@@ -295,21 +332,15 @@ int RasterInput::rows_in_a_block() const {
   return std::clamp(pixels_in_a_block / width(), 1, height());
 }
 
-std::vector<std::string> RasterInput::files() const {
-  std::vector<std::string> names{path_};
-  const CPLStringList files(dataset_->GetFileList());
-  for (int i = 0; i < files.size(); ++i) {
-    names.emplace_back(files[i]);
-  }
-  return names;
-}
-
 std::string RasterInput::sign_of_decibels() const {
   if (type_.is_complex()) {
     return "";
   }
   for (const char* const word : {band().GetUnitType(), band().GetDescription()}) {
-    const std::string text = CPLString(word != nullptr ? word : "").tolower();
+    if (word == nullptr) {
+      continue;
+    }
+    const std::string text = CPLString(word).tolower();
     if (text == "db" || text.find("decibel") != std::string::npos || text.ends_with("_db") ||
         text.ends_with(" db") || text.ends_with("[db]") || text.ends_with("(db)")) {
       return "it is labelled " + in_quotes(word);

@@ -43,8 +43,8 @@ class RasterInput {
   /// So many rows that a block of them holds about a quarter of a million pixels.
   int rows_in_a_block() const;
 
-  /// The files the raster consists of, with those read beside it.
-  std::vector<std::string> files() const;
+  /// The files the raster consists of, those of its parts and those read beside it included.
+  const std::vector<std::string>& files() const { return files_; }
 
   /// Why the samples are to be taken for decibels, or nothing. Reads a few rows.
   std::string sign_of_decibels() const;
@@ -53,6 +53,7 @@ class RasterInput {
   std::string path_;
   GDALDatasetUniquePtr dataset_;
   PixelType type_{};
+  std::vector<std::string> files_;
 };
 
 }  // namespace sarnum::tool
