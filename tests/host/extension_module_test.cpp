@@ -24,11 +24,11 @@ TEST(ExtensionModule, LeavesInAnyOrder) {
   for (auto& module : modules) {
     sarnum::host::attach_extension_module(module);
   }
-  for (const std::size_t leaving : {1, 1, 0, 2}) {
+  for (const std::size_t leaving : {1u, 1u, 0u, 2u}) {
     sarnum::host::detach_extension_module(modules[leaving]);
     EXPECT_FALSE(is_extension_module_attached(modules[leaving].name));
-    EXPECT_EQ(is_extension_module_attached("c"), leaving != 2);
-    EXPECT_EQ(is_extension_module_attached("a"), leaving == 1);
+    EXPECT_EQ(is_extension_module_attached("c"), leaving != 2u);
+    EXPECT_EQ(is_extension_module_attached("a"), leaving == 1u);
   }
 }
 
