@@ -1,201 +1,124 @@
 // How the tool writes: whole or not at all, nothing beside it, and saying how far it is.
-#include <gmock/gmock.h>
-#include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <csignal>
 #include <filesystem>
+#include <future>
 #include <thread>
+#include <utility>
 
 #include "tool_run.h"
 
 namespace {
 
-using ::testing::HasSubstr;
-using ::testing::MatchesRegex;
-using ::testing::StartsWith;
+const std::vector<std::string> commands = {"detect in.tif out.tif --overwrite ",
+                                           "multilook in.tif out.tif --overwrite --looks 2x2 ",
+                                           "spectrum in.tif out.tif --overwrite "};
 
-constexpr const char* whole_progress =
-    "0...10...20...30...40...50...60...70...80...90...100 - done.\n";
+const SampleAt texture = [](int x, int y) { return Sample(1 + (x ^ y)); };
 
-const std::vector<std::vector<std::string>> commands = {
-    {"detect", "in.tif", "out.tif"},
-    {"multilook", "in.tif", "out.tif", "--looks", "2x2"},
-    {"spectrum", "in.tif", "out.tif"}};
-
-std::vector<std::string> with(std::vector<std::string> arguments,
-                              const std::vector<std::string>& more) {
-  arguments.insert(arguments.end(), more.begin(), more.end());
-  return arguments;
-}
-
-class Output : public ToolTest {
- protected:
-  Output() {
-    make("in.tif", 300, 200, GDT_Float32, [](int x, int y) { return Sample(1 + (x ^ y)); });
-  }
-};
-
-TEST_F(Output, ShowsProgressOnlyWhenAsked) {
-  for (const auto& command : commands) {
-    const std::string warning = command[0] == "detect"
-                                    ? "sarnum: warning: 'in.tif' holds real values: they are "
-                                      "taken as amplitudes and squared\n"
-                                    : "";
-    EXPECT_EQ(run(with(command, {"--progress", "--overwrite"})).err, whole_progress + warning);
-    EXPECT_THAT(run(with(command, {"-q", "--overwrite"})), IsSilentSuccess());
+TEST_F(ToolTest, ShowsProgressOnlyWhenAsked) {
+  make("in.tif", 300, 200, GDT_Float32, texture);
+  const std::string whole = "0...10...20...30...40...50...60...70...80...90...100 - done.\n";
+  for (const std::string& command : commands) {
+    const std::string warning = run(command).err;
+    EXPECT_EQ(warning.empty(), !command.starts_with("detect"));
+    EXPECT_EQ(run(command + "--progress").err, whole + warning);
+    run_silently(command + "-q");
   }
 }
 
-TEST_F(Output, PicturesAreSmallAndNothingElseAppears) {
-  make("wide.tif", 5000, 300, GDT_Float32, [](int x, int y) { return Sample(1 + x + y); });
-  for (const auto& command : commands) {
-    std::vector<std::string> arguments = with(command, {"-q", "--picture", "out.png"});
-    arguments[1] = "wide.tif";
-    EXPECT_THAT(run(with(arguments, {"--overwrite"})), IsSilentSuccess());
+TEST_F(ToolTest, AWarningIsOneLineOrSilenced) {
+  make("large.tif", 4, 4, GDT_CFloat64, [](int x, int) { return Sample(1e30 * x, 1.0); });
+  make_virtual("labelled.vrt", 8, 8, "Float32", "", "<UnitType>dB</UnitType>");
+  make_virtual("gaps.vrt", 8, 8, "Float32", "", "<NoDataValue>-99</NoDataValue>");
+  for (const auto& [command, text] :
+       {std::pair{"multilook labelled.vrt out.tif --overwrite --looks 2x2", "decibels"},
+        {"multilook gaps.vrt out.tif --overwrite --looks 2x2", "nodata value -99"},
+        {"detect large.tif out.tif --overwrite", "12 samples of 'out.tif'"}}) {
+    EXPECT_THAT(run(command).err,
+                MatchesRegex(std::string("sarnum: warning: [^\n]*") + text + "[^\n]*\n"));
+    run_silently(std::string(command) + " -q");
+  }
+}
+
+TEST_F(ToolTest, ReplacesAFileWithItsCompanionsAndDrawsAPicture) {
+  const auto mode = std::filesystem::perms{0640};
+  make("in.tif", 5000, 301, GDT_Float32, [](int x, int y) { return Sample(1 + x + y); });
+  for (const std::string& command : commands) {
+    for (const char* const name : {"out.tif", "out.png", "out.tif.ovr", "out.tif.aux.xml"}) {
+      put_bytes(name, "old");
+    }
+    std::filesystem::permissions(file("out.tif"), mode);
+    run_silently(command + "-q --picture out.png --co COMPRESS=DEFLATE --co TILED=YES");
+    EXPECT_THAT(names(), ElementsAre("in.tif", "out.png", "out.tif"));
+    expect_report("out.tif", {"COMPRESSION=DEFLATE", "=256x256"});
+    EXPECT_EQ(std::filesystem::status(file("out.tif")).permissions(), mode);
     const Raster raster = read("out.tif");
-    const Raster picture = read("out.png");
-    const int reduction = (std::max(raster.width, raster.height) + 2047) / 2048;
+    Raster picture = read("out.png");
+    const int reduction = (raster.width + 2047) / 2048;
     EXPECT_EQ(picture.width, (raster.width + reduction - 1) / reduction);
     EXPECT_EQ(picture.height, (raster.height + reduction - 1) / reduction);
-    EXPECT_EQ(open("out.png")->GetRasterBand(1)->GetRasterDataType(), GDT_Byte);
-    if (command[0] != "spectrum") {
+    if (!command.starts_with("spectrum")) {
       EXPECT_LT(picture.at(0, 0).real(), picture.at(picture.width - 1, picture.height - 1).real());
     }
   }
-  EXPECT_EQ(names(), (std::vector<std::string>{"in.tif", "out.png", "out.tif", "wide.tif"}));
 }
 
-TEST_F(Output, ReplacesAFileWithItsCompanions) {
-  for (const auto& command : commands) {
-    put_bytes("out.tif", "old");
-    put_bytes("out.png", "old");
-    put_bytes("out.tif.aux.xml", "<PAMDataset/>");
-    put_bytes("out.tif.ovr", "old");
-    chmod(file("out.tif").c_str(), 0640);
-    EXPECT_THAT(run(with(command, {"-q", "--overwrite", "--picture", "out.png"})),
-                IsSilentSuccess());
-    EXPECT_GT(read("out.tif").width, 0);
-    EXPECT_GT(read("out.png").width, 0);
-    struct stat status {};
-    stat(file("out.tif").c_str(), &status);
-    EXPECT_EQ(status.st_mode & 0777U, 0640U);
-    EXPECT_EQ(names(), (std::vector<std::string>{"in.tif", "out.png", "out.tif"}));
-  }
-}
-
-TEST_F(Output, WritesThroughALink) {
-  std::filesystem::create_directory(file("there"));
-  std::filesystem::create_symlink("there/real.tif", file("out.tif"));
-  EXPECT_EQ(run(commands[1]).status, 0);
-  EXPECT_TRUE(std::filesystem::is_symlink(file("out.tif")));
-  EXPECT_EQ(read("there/real.tif").width, 150);
-}
-
-TEST_F(Output, TakesCreationOptions) {
-  for (const auto& command : commands) {
-    EXPECT_THAT(
-        run(with(command, {"-q", "--overwrite", "--co", "COMPRESS=DEFLATE", "--co", "TILED=YES"})),
-        IsSilentSuccess());
-    const auto output = open("out.tif");
-    EXPECT_STREQ(output->GetMetadataItem("COMPRESSION", "IMAGE_STRUCTURE"), "DEFLATE");
-    int block_width = 0;
-    int block_height = 0;
-    output->GetRasterBand(1)->GetBlockSize(&block_width, &block_height);
-    EXPECT_EQ(block_width, 256);
-  }
-  EXPECT_THAT(run({"detect", "in.tif", "jpeg.tif", "-q", "--co", "COMPRESS=JPEG"}).err,
-              StartsWith("sarnum: error: cannot write 'jpeg.tif'"));
-  EXPECT_EQ(names(), (std::vector<std::string>{"in.tif", "out.tif"}));
-}
-
-TEST_F(Output, AFailingWriteLeavesTheOldFile) {
-  put_bytes("out.tif", "old");
-  put_bytes("out.png", "old");
-  for (const auto& command : commands) {
-    for (const auto& [command_options, limit] :
-         std::vector<std::pair<std::vector<std::string>, long>>{
-             {{"-q", "--overwrite"}, 9000},
-             {{"-q", "--overwrite", "--co", "COMPRESS=DEFLATE"}, 3000},
-             {{"-q", "--overwrite", "--picture", "out.png"}, 1000}}) {
-      const ToolRun finished = run(with(command, command_options), limit);
-      EXPECT_EQ(finished.status, 1);
-      EXPECT_THAT(finished.err, MatchesRegex("sarnum: error: [^\n]*'out[^\n]+\n"));
-      EXPECT_EQ(bytes("out.tif"), "old");
-      EXPECT_EQ(bytes("out.png"), "old");
-      EXPECT_EQ(names(), (std::vector<std::string>{"in.tif", "out.png", "out.tif"}));
-    }
-  }
-}
-
-/// A run that takes about a second, interfered with once it has begun to write.
-class InterruptedOutput : public Output {
- protected:
-  InterruptedOutput() {
-    make("in.tif", 4096, 4096, GDT_Float32, [](int x, int y) { return Sample(1 + (x ^ y)); });
-  }
-
-  /// @return the status of the process
-  int interfere(const std::vector<std::string>& options, const std::function<void(pid_t)>& act) {
-    const pid_t tool =
-        start(with({"spectrum", "in.tif", "out.tif", "--picture", "out.png"}, options),
-              streams_.file("out"), streams_.file("err"));
-    const auto temporaries = [this] {
-      const std::vector<std::string> present = names();
-      return std::count_if(present.begin(), present.end(),
-                           [](const std::string& name) { return name.starts_with(".sarnum-"); });
-    };
-    for (int waits = 0; temporaries() < 2 && waits < 10000; ++waits) {
-      std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-    EXPECT_EQ(temporaries(), 2);
-    act(tool);
-    int status = 0;
-    waitpid(tool, &status, 0);
-    return status;
-  }
-
- private:
-  TemporaryFolder streams_;
-};
-
-TEST_F(InterruptedOutput, ASignalLeavesNothingBehind) {
-  put_bytes("out.tif", "old");
-  for (const int number : {SIGTERM, SIGINT, SIGHUP}) {
-    const int status = interfere({"--overwrite"}, [number](pid_t tool) { kill(tool, number); });
-    EXPECT_TRUE(WIFSIGNALED(status));
-    EXPECT_EQ(WTERMSIG(status), number);
-    EXPECT_EQ(names(), (std::vector<std::string>{"in.tif", "out.tif"}));
-    EXPECT_EQ(bytes("out.tif"), "old");
-  }
-}
-
-TEST_F(InterruptedOutput, AFileThatAppearsMeanwhileIsKeptAndTheOtherOutputTakenBack) {
-  const int status = interfere({}, [this](pid_t) { put_bytes("out.png", "someone else's"); });
-  EXPECT_EQ(WEXITSTATUS(status), 1);
-  EXPECT_EQ(names(), (std::vector<std::string>{"in.tif", "out.png"}));
-  EXPECT_EQ(bytes("out.png"), "someone else's");
-}
-
-TEST_F(Output, ReadsSidecarsOfTheInputAndWritesNone) {
+TEST_F(ToolTest, WritesThroughALinkAndNothingBesideTheInput) {
+  make("in.tif", 30, 20, GDT_Float32, texture);
   put_bytes("in.tif.aux.xml",
             "<PAMDataset><GeoTransform>100, 2, 0, 200, 0, -2</GeoTransform></PAMDataset>");
+  std::filesystem::create_directory(file("there"));
+  std::filesystem::create_symlink("there/real.tif", file("out.tif"));
   const std::string before = bytes("in.tif");
   EXPECT_EQ(run(commands[1]).status, 0);
-  EXPECT_THAT(run({"info", "in.tif"}).out, HasSubstr("origin 100, 200, pixel size 2 x -2"));
-  EXPECT_THAT(run({"info", "out.tif"}).out, HasSubstr("origin 100, 200, pixel size 4 x -4"));
-  EXPECT_EQ(names(), (std::vector<std::string>{"in.tif", "in.tif.aux.xml", "out.tif"}));
+  EXPECT_TRUE(std::filesystem::is_symlink(file("out.tif")));
+  EXPECT_THAT(run("info there/real.tif").out, HasSubstr("origin 100, 200, pixel size 4 x -4"));
+  EXPECT_THAT(names(), ElementsAre("in.tif", "in.tif.aux.xml", "out.tif", "there"));
   EXPECT_EQ(bytes("in.tif"), before);
 }
 
-TEST_F(Output, HelpAndVersionGoToStandardOutput) {
-  EXPECT_THAT(run({"--version"}).out, MatchesRegex("sarnum [0-9]+\\.[0-9]+\\.[0-9]+ [^\n]+\n"));
-  for (const char* const command : {"detect", "multilook", "spectrum", "info"}) {
-    const ToolRun help = run({command, "--help"});
-    EXPECT_THAT(help, IsSilentSuccess());
-    EXPECT_THAT(help.out, HasSubstr("Example:\n  sarnum " + std::string(command)));
+TEST_F(ToolTest, AFailingWriteLeavesTheOldFile) {
+  make("in.tif", 300, 200, GDT_Float32, texture);
+  put_bytes("out.tif", "old");
+  put_bytes("out.png", "old");
+  for (const std::string& command : commands) {
+    for (const auto& [options, blocks] : {std::pair{"-q", "17"},
+                                          {"-q --co COMPRESS=DEFLATE", "5"},
+                                          {"-q --picture out.png", "1"}}) {
+      const ToolRun finished = run(command + options, std::string("ulimit -f ") + blocks + " &&");
+      EXPECT_EQ(finished.status, 1);
+      EXPECT_THAT(finished.err, MatchesRegex("sarnum: error: [^\n]*out[^\n]+\n"));
+      EXPECT_EQ(bytes("out.tif") + bytes("out.png"), "oldold");
+      EXPECT_THAT(names(), ElementsAre("in.tif", "out.png", "out.tif"));
+    }
+  }
+}
+
+TEST_F(ToolTest, AnInterruptedRunLeavesNothingBehind) {
+  // A run of about a second, interfered with once it has made its temporary files, which come
+  // first in the folder: .sarnum-PID-NUMBER.tmp
+  make("in.tif", 4096, 4096, GDT_Float32, texture);
+  const auto interfere = [this](const std::string& option, const std::function<void(pid_t)>& act) {
+    const std::size_t before = names().size();
+    auto ending = std::async(std::launch::async, [&] {
+      return run("spectrum in.tif out.tif --picture out.png " + option).status;
+    });
+    for (int waits = 0; waits < 10000 && names().size() < before + 2; ++waits) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    act(std::stoi(names().front().substr(8)));
+    return ending.get();
+  };
+  // The first output is taken back when the second cannot be put in place.
+  EXPECT_EQ(interfere("", [this](pid_t) { put_bytes("out.png", "someone else's"); }), 1);
+  ASSERT_THAT(names(), ElementsAre("in.tif", "out.png"));
+  EXPECT_EQ(bytes("out.png"), "someone else's");
+  put_bytes("out.tif", "old");
+  for (const int number : {SIGTERM, SIGINT, SIGHUP}) {
+    EXPECT_EQ(interfere("--overwrite", [=](pid_t tool) { kill(tool, number); }), 128 + number);
+    ASSERT_THAT(names(), ElementsAre("in.tif", "out.png", "out.tif"));
+    EXPECT_EQ(bytes("out.tif"), "old");
   }
 }
 
