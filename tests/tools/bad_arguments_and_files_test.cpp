@@ -28,6 +28,12 @@ class BadRun : public ToolTest, public ::testing::WithParamInterface<BadCase> {
     make("cut.tif", 64, 512, GDT_Float32, ramp, "TILED=YES");
     std::filesystem::resize_file(file("cut.tif"), bytes("cut.tif").size() - 256 * 256 * 4);
     put_bytes("empty.tif", "");
+    put_bytes("placed.tfw", "");
+    make_virtual("inner.vrt", 64, 40, "Float32", "",
+                 "<SimpleSource><SourceFilename>real.tif</SourceFilename></SimpleSource>");
+    make_virtual("outer.vrt", 64, 40, "Float32", "",
+                 "<SimpleSource><SourceFilename>inner.vrt</SourceFilename></SimpleSource>");
+    std::filesystem::copy_file(file("complex.tif"), file("it's complex.tif"));
     put_bytes("old.tif", "the old file, ");
     put_bytes("old.png", "the old picture");
     std::filesystem::create_directory(file("folder"));
@@ -58,6 +64,8 @@ const BadCase bad_cases[] = {
     {2, "multilook real.tif out.tif --looks=99999999999x1", "too large"},
     {2, "detect complex.tif out.tif --co COMPRESS", "NAME=VALUE"},
     {2, "detect complex.tif out.tif --co TFW=YES", "second file"},
+    {2, "detect complex.tif out.tif --co PROFILE=BASELINE", "would drop"},
+    {2, "multilook real.tif out.tif --look=2x2", "no option '--look"},
     {2, "detect complex.tif a.png --picture ./a.png", "also the output"},
     {1, "detect no.tif old.tif --overwrite", "No such file"},
     {1, "detect empty.tif old.tif --overwrite", "is empty"},
@@ -68,12 +76,15 @@ const BadCase bad_cases[] = {
     {1, "detect folder old.tif --overwrite", "is a folder"},
     {1, "detect pipe.tif old.tif --overwrite", "not a regular file"},
     {1, "multilook complex.tif out.tif --looks 2x2", "sarnum detect complex.tif"},
+    {1, "multilook \"it's complex.tif\" out.tif --looks 2x2", "detect 'it'\\''s complex.tif'"},
     {1, "spectrum --inverse sides.vrt out.tif", "powers of two"},
     {1, "spectrum --inverse complex.tif out.tif", "TD_COMPLEX_INT16"},
     {1, "detect complex.tif old.tif", "--overwrite"},
     {1, "detect complex.tif no/out.tif", "No such file"},
     {1, "detect complex.tif /vsimem/out.tif", "on disk"},
     {2, "detect complex.tif ./complex.tif", "being read"},
+    {1, "detect complex.tif placed.tif --overwrite", "'placed.tfw' exists"},
+    {2, "multilook outer.vrt real.tif --overwrite --looks 2x2", "being read"},
     {2, "multilook real.tif link.tif --overwrite --looks 2x2", "being read"},
     {1, "detect complex.tif out.tif --picture old.png", "old.png"},
 };

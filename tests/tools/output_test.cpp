@@ -41,6 +41,16 @@ TEST_F(ToolTest, AWarningIsOneLineOrSilenced) {
   }
 }
 
+TEST_F(ToolTest, ClosedStandardStreamsDoNotEndInTheOutput) {
+  make("in.tif", 300, 200, GDT_Float32, texture);
+  const std::string detect = "detect in.tif -q --co TILED=YES ";
+  EXPECT_EQ(run(detect + "open.tif",
+                SARNUM_TOOL " detect in.tif closed.tif --progress --co TILED=YES >&- 2>&- <&- &&")
+                .status,
+            0);
+  EXPECT_EQ(bytes("closed.tif"), bytes("open.tif"));
+}
+
 TEST_F(ToolTest, ReplacesAFileWithItsCompanionsAndDrawsAPicture) {
   const auto mode = std::filesystem::perms{0640};
   make("in.tif", 5000, 301, GDT_Float32, [](int x, int y) { return Sample(1 + x + y); });
