@@ -15,11 +15,11 @@ constexpr double untouched = -12345.0;
 /// Bytes in which every sign, the extremes of every integer, a NaN and infinities appear. They
 /// begin at an odd address.
 std::vector<unsigned char> sample_bytes() {
-  std::vector<unsigned char> bytes(1);
+  std::vector<unsigned char> bytes(128);
+  std::size_t end = 1;
   const auto append = [&](auto value) {
-    unsigned char raw[sizeof value];
-    std::memcpy(raw, &value, sizeof value);
-    bytes.insert(bytes.end(), raw, raw + sizeof value);
+    std::memcpy(bytes.data() + end, &value, sizeof value);
+    end += sizeof value;
   };
   for (const double value : {std::nan(""), -HUGE_VAL, 1e300, -2.5}) {
     append(value);
