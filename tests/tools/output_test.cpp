@@ -45,7 +45,7 @@ TEST_F(ToolTest, ClosedStandardStreamsDoNotEndInTheOutput) {
   make("in.tif", 300, 200, GDT_Float32, texture);
   const std::string detect = "detect in.tif -q --co TILED=YES ";
   EXPECT_EQ(run(detect + "open.tif",
-                SARNUM_TOOL " detect in.tif closed.tif --progress --co TILED=YES >&- 2>&- <&- &&")
+                "\"$tool\" detect in.tif closed.tif --progress --co TILED=YES >&- 2>&- <&- &&")
                 .status,
             0);
   EXPECT_EQ(bytes("closed.tif"), bytes("open.tif"));

@@ -50,19 +50,19 @@ class ToolTest : public ::testing::Test, protected TemporaryFolder {
  protected:
   ToolTest() {
     GDALAllRegister();
+    setenv("tool", SARNUM_TOOL, 1);  // spares quoting a path that may hold anything
+    setenv("streams", streams_.path().c_str(), 1);
     // The helpers leave nothing beside the rasters, so that what appears there is the tool's.
     CPLSetConfigOption("GDAL_PAM_ENABLED", "NO");
   }
 
   /// Runs the tool in the folder from a shell, which does what `before` says first.
   ToolRun run(const std::string& arguments, const std::string& before = "") const {
-    const std::string streams = streams_.path().string();
-    const std::string command = "cd " + path().string() + " && " + before +
-                                " exec " SARNUM_TOOL " " + arguments + " >" + streams + "/out 2>" +
-                                streams + "/err";
+    const std::string command = "cd '" + path().string() + "' && " + before + " exec \"$tool\" " +
+                                arguments + " >\"$streams\"/out 2>\"$streams\"/err";
     const int status = std::system(command.c_str());
     return {WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status),
-            bytes(streams + "/out"), bytes(streams + "/err")};
+            bytes(streams_.file("out")), bytes(streams_.file("err"))};
   }
 
   /// A run that must succeed and has nothing to say.
