@@ -60,4 +60,4 @@ install:
 	cmake --install build/install --prefix '$(PREFIX)'
 
 clean:
-	rm -rf build '$(DEMO_DIR)'
+	rm -rf build demo

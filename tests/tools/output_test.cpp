@@ -29,11 +29,13 @@ TEST_F(ToolTest, ShowsProgressOnlyWhenAsked) {
 
 TEST_F(ToolTest, AWarningIsOneLineOrSilenced) {
   make("large.tif", 4, 4, GDT_CFloat64, [](int x, int) { return Sample(1e30 * x, 1.0); });
+  make("flat.tif", 4, 4, GDT_Float32, [](int, int) { return Sample(1); });
   make_virtual("labelled.vrt", 8, 8, "Float32", "", "<UnitType>dB</UnitType>");
   make_virtual("gaps.vrt", 8, 8, "Float32", "", "<NoDataValue>-99</NoDataValue>");
   for (const auto& [command, text] :
        {std::pair{"multilook labelled.vrt out.tif --overwrite --looks 2x2", "decibels"},
         {"multilook gaps.vrt out.tif --overwrite --looks 2x2", "nodata value -99"},
+        {"detect flat.tif out.tif --overwrite --intensity", "amplitudes and squared"},
         {"detect large.tif out.tif --overwrite", "12 samples of 'out.tif'"}}) {
     EXPECT_THAT(run(command).err,
                 MatchesRegex(std::string("sarnum: warning: [^\n]*") + text + "[^\n]*\n"));
@@ -45,6 +47,7 @@ TEST_F(ToolTest, ClosedStandardStreamsDoNotEndInTheOutput) {
   make("in.tif", 300, 200, GDT_Float32, texture);
   const std::string detect = "detect in.tif -q --co TILED=YES ";
   EXPECT_EQ(run(detect + "open.tif",
+                "\"$tool\" info in.tif >&-; [ $? = 1 ] && "
                 "\"$tool\" detect in.tif closed.tif --progress --co TILED=YES >&- 2>&- <&- &&")
                 .status,
             0);

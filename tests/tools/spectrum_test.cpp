@@ -50,6 +50,13 @@ TEST_F(ToolTest, SpectrumIsTheDefinitionAndComesBack) {
       };
       expect_samples("back.tif", width, height, padded, 1e-4);
       expect_report("back.tif", {type_out});
+      if (centred) {
+        Raster spectrum = read("out.tif");
+        make("bare.tif", width, height, is_double ? GDT_CFloat64 : GDT_CFloat32,
+             [&](int x, int y) { return spectrum.at(x, y); });
+        run_silently("spectrum --inverse --centred bare.tif back.tif --overwrite");
+        expect_samples("back.tif", width, height, padded, 1e-4);
+      }
     }
   }
 }

@@ -163,6 +163,10 @@ void transform(const SpectrumArguments& arguments, const RasterInput& input, Com
   }
 }
 
+std::string size_text(const RasterInput& input) {
+  return std::to_string(input.width()) + " x " + std::to_string(input.height());
+}
+
 /// What a file says of itself. Neither a spectrum nor what comes back from one has a place on the
 /// ground: the domain of frequency has none, and padding and filtering lie between.
 void describe(const SpectrumArguments& arguments, const RasterInput& input, GDALDataset& output) {
@@ -170,6 +174,8 @@ void describe(const SpectrumArguments& arguments, const RasterInput& input, GDAL
     const char* const size = input.dataset().GetMetadataItem(image_size_item);
     if (size != nullptr) {
       output.SetMetadataItem(image_size_item, size);
+    }
+    if (size != nullptr && size != size_text(input)) {
       warn("the image proper is the upper left " + std::string(size) + " pixels of " +
            in_quotes(arguments.output) + "; the rest is padding");
     }
@@ -177,8 +183,7 @@ void describe(const SpectrumArguments& arguments, const RasterInput& input, GDAL
   }
   output.SetMetadataItem(quantity_item, "spectrum");
   output.SetMetadataItem(zero_frequency_item, arguments.centred ? in_the_middle : "first");
-  output.SetMetadataItem(image_size_item,
-                         CPLString().Printf("%d x %d", input.width(), input.height()));
+  output.SetMetadataItem(image_size_item, size_text(input).c_str());
 }
 
 void write(const SpectrumArguments& arguments, const RasterInput& input, ComplexRaster& raster,

@@ -9,6 +9,8 @@
 #include <ogr_spatialref.h>
 
 #include <array>
+#include <cmath>
+#include <limits>
 #include <optional>
 #include <string>
 
@@ -65,9 +67,12 @@ struct Description {
   void apply(GDALDataset& dataset, const std::string& path) const;
 };
 
-/// Whether a sample is the nodata value, as far as 32-bit floats tell them apart.
+/// Whether a sample is the nodata value, or what a raster of 32-bit floats has for it.
 inline bool is_nodata(double value, const std::optional<double>& nodata) {
-  return nodata.has_value() && static_cast<float>(value) == static_cast<float>(*nodata);
+  constexpr double largest = std::numeric_limits<float>::max();
+  return nodata.has_value() &&
+         (value == *nodata || (std::abs(*nodata) <= largest &&
+                               value == static_cast<double>(static_cast<float>(*nodata))));
 }
 
 /// The nodata value of a band, if it has one.

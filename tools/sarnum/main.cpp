@@ -30,12 +30,14 @@ struct Arguments {
 };
 
 /// A program started with a standard stream closed would get its number for the next file that it
-/// opens, and what is meant for the terminal would end in that file.
+/// opens, and what is meant for the terminal would end in that file. What takes its place fails
+/// when it is used, as the closed stream would.
 void occupy_standard_streams() {
   for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; ++stream) {
     if (fcntl(stream, F_GETFD) == -1) {
       // The lowest free number is the stream's own.
-      [[maybe_unused]] const int occupied = open("/dev/null", O_RDWR);
+      [[maybe_unused]] const int occupied =
+          open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);
     }
   }
 }

@@ -1,5 +1,6 @@
 #include "output.h"
 
+#include <cpl_port.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -15,6 +16,7 @@
 #include <cstring>
 #include <filesystem>
 #include <random>
+#include <span>
 #include <string_view>
 
 #include "messages.h"
@@ -25,10 +27,11 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::array companion_suffixes = {".aux.xml", ".ovr", ".msk"};
-// Files that GDAL takes for a raster's own by the name without its ending. Other rasters may use
-// them too, so they are never removed.
-constexpr std::array place_suffixes = {".tfw", ".tifw", ".tiffw",   ".pgw",    ".wld",
-                                       ".RPB", ".rpb",  "_RPC.TXT", "_rpc.txt"};
+// Files that GDAL takes for the place of a GeoTIFF, or of a PNG, by the name without its ending.
+// Other rasters may use them too, so they are never removed.
+constexpr std::array tiff_places = {".tfw", ".tifw", ".tiffw",   ".wld",
+                                    ".RPB", ".rpb",  "_RPC.TXT", "_rpc.txt"};
+constexpr std::array png_places = {".pgw", ".wld"};
 constexpr std::array ending_signals = {SIGINT,  SIGTERM, SIGHUP,  SIGQUIT,  SIGPIPE,
                                        SIGXCPU, SIGUSR1, SIGALRM, SIGVTALRM};
 // GDAL has been seen to crash after a write that failed; that too may leave nothing behind.
@@ -128,7 +131,9 @@ void check_against_inputs(const std::string& name, const std::string& target,
 
 void check_target(const std::string& name, const std::string& target, bool overwrite) {
   const std::string stem = fs::path(target).replace_extension().string();
-  for (const char* const suffix : place_suffixes) {
+  const bool is_png = EQUAL(fs::path(target).extension().c_str(), ".png");
+  for (const char* const suffix : is_png ? std::span<const char* const>(png_places)
+                                         : std::span<const char* const>(tiff_places)) {
     if (access((stem + suffix).c_str(), F_OK) == 0) {
       throw Failure(in_quotes(stem + suffix) + " exists and would be taken for the place of " +
                     in_quotes(name) + "; remove it or choose another name");

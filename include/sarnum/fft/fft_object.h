@@ -39,8 +39,10 @@ class SARNUM_API CFFTClass {
   /// Forward transform, not scaled, with frequency zero in the middle when `centre` is 1: element i
   /// is multiplied by (−1)^i first, and output index k holds frequency k − N/2. Any other value
   /// of `centre` gives fft(). There is no inverse counterpart.
-  void fft_new(float* const re, float* const im, int m, int centre);
   /// The float form rounds each stored butterfly result to float, as fft() does.
+  void fft_new(float* const re, float* const im, int m, int centre);
+
+  /// The same in double precision.
   void fft_new(double* const re, double* const im, int m, int centre);
 
   /// Frequency-domain synthesis: transforms the line, replaces its spectrum X by conj(X)·H over the
