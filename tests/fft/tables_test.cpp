@@ -96,9 +96,10 @@ TEST_F(Tables, GrowBelowTheLargestExponentAfterARelease) {
 void expect_no_length_served() {
   EXPECT_FALSE(table_state.ready_exponent.has_value());
   for (const int m : {5, 8, 9, 11}) {
-    std::vector<double> data(2 << m, 1.0);
-    fft_Fast(data.data(), data.data() + (1 << m), m);
-    EXPECT_EQ(data, std::vector<double>(2 << m, 1.0));
+    const std::size_t n = std::size_t{1} << m;
+    std::vector<double> data(2 * n, 1.0);
+    fft_Fast(data.data(), data.data() + n, m);
+    EXPECT_EQ(data, std::vector<double>(2 * n, 1.0));
   }
 }
 
