@@ -157,9 +157,11 @@ TEST_F(LayerTest, CreationOptionsServeOneFileAndAreChecked) {
 }
 
 TEST_F(LayerTest, LayersOfTwoThreadsDoNotMeet) {
+  for (const int width : {10, 1000, 2000}) {
+    make_raster(folder_.file(std::to_string(width)), width, 300);
+  }
   const auto copy = [this](int width) {
     const std::string path = folder_.file(std::to_string(width));
-    make_raster(path, width, 300);
     CFileLayer input(nullptr), output(nullptr);
     ASSERT_NE(open(input, path) * create(output, path + ".copy", width, 300), 0);
     for (int i = 0; i < 300; ++i) {
