@@ -42,11 +42,15 @@ class Detector {
 
   void detect_row(std::byte* pixels, float* out) {
     const int count = static_cast<int>(re_.size());
-    Transform_to_double(pixels, type_.code, re_.data(), im_.data(), count);
-    std::transform(re_.begin(), re_.end(), im_.begin(), missing_.begin(),
-                   [this](double x, double y) {
-                     return static_cast<char>(is_nodata(x, nodata_) && y == 0.0);
-                   });
+    if (nodata_ || !amplitude_) {
+      Transform_to_double(pixels, type_.code, re_.data(), im_.data(), count);
+    }
+    if (nodata_) {
+      std::transform(re_.begin(), re_.end(), im_.begin(), missing_.begin(),
+                     [this](double x, double y) {
+                       return static_cast<char>(is_nodata(x, nodata_) && y == 0.0);
+                     });
+    }
     if (amplitude_) {
       Transform_to_double(pixels, type_.code, re_.data(), count);
     } else {
