@@ -20,7 +20,15 @@
 #include "sarnum/fft/single_precision.h"
 #include "sarnum/fft/table_driven.h"
 #include "sarnum/fft/tables.h"
+#include "sarnum/filters/noise.h"
+#include "sarnum/filters/peak_band.h"
+#include "sarnum/filters/shift.h"
 #include "sarnum/imaging/noncoherent_accumulation.h"
+#include "sarnum/numeric/correlation.h"
 #include "sarnum/numeric/pixel_types.h"
+#include "sarnum/numeric/scalar.h"
+#include "sarnum/numeric/statistics.h"
+#include "sarnum/numeric/vectors.h"
+#include "sarnum/numeric/windows.h"
 
 #endif

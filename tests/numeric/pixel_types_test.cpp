@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "pixel_cases.h"
+#include "same_value.h"
 
 namespace {
 
@@ -38,13 +39,6 @@ std::vector<unsigned char> sample_bytes() {
   return bytes;
 }
 
-void expect_same(double actual, double expected) {
-  EXPECT_TRUE(std::isnan(expected)
-                  ? std::isnan(actual)
-                  : actual == expected && std::signbit(actual) == std::signbit(expected))
-      << actual << " instead of " << expected;
-}
-
 TEST(PixelTypes, AreWidenedExactlyAndAmplitudesComputedInDouble) {
   std::vector<unsigned char> bytes = sample_bytes();
   unsigned char* const pixels = bytes.data() + 1;
@@ -59,9 +53,9 @@ TEST(PixelTypes, AreWidenedExactlyAndAmplitudesComputedInDouble) {
     for (std::size_t i = 0; i < n; ++i) {
       const double x = type.element(pixels, i << type.is_complex);
       const double y = type.is_complex ? type.element(pixels, 2 * i + 1) : 0.0;
-      expect_same(re[i], x);
-      expect_same(im[i], y);
-      expect_same(out[i], type.is_complex ? std::sqrt(x * x + y * y) : x);
+      EXPECT_PRED2(same_value, re[i], x);
+      EXPECT_PRED2(same_value, im[i], y);
+      EXPECT_PRED2(same_value, out[i], type.is_complex ? std::sqrt(x * x + y * y) : x);
     }
     EXPECT_EQ(re[n] + im[n] + out[n], 3 * untouched);
   }

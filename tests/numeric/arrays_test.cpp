@@ -1,0 +1,233 @@
+// Functions of arrays against their plain definitions, on data where ties, NaN, signed zeros, the
+// order of a sum or an overlap decide the result.
+#include <gtest/gtest.h>
+#include <sarnum/sarnum.h>
+
+#include <algorithm>
+#include <climits>
+#include <cmath>
+#include <limits>
+#include <random>
+#include <vector>
+
+#include "same_value.h"
+
+namespace {
+
+constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+
+/// Numbers of very different size and sign: a sum of them depends on its order.
+std::vector<double> ill_conditioned(int n, unsigned seed) {
+  std::mt19937 engine(seed);
+  std::vector<double> values;
+  for (int i = 0; i < n; ++i) {
+    const double mantissa = std::uniform_real_distribution(-1.0, 1.0)(engine);
+    values.push_back(std::ldexp(mantissa, std::uniform_int_distribution(-30, 30)(engine)));
+  }
+  return values;
+}
+
+struct Extreme {
+  double (*value)(double*, int);
+  int (*index)(double*, int);
+  bool (*replaces)(double element, double extreme);
+};
+
+const Extreme extremes[] = {
+    {Min_mass, nullptr, [](double x, double m) { return m > x; }},
+    {Max_mass, Max_mass_index, [](double x, double m) { return x > m; }},
+    {Min_mass_ABS, Min_mass_ABS_index,
+     [](double x, double m) { return std::abs(m) > std::abs(x); }},
+    {Max_mass_ABS, Max_mass_ABS_index,
+     [](double x, double m) { return std::abs(x) > std::abs(m); }},
+};
+
+void expect_extremes_of(std::vector<double> a) {
+  const int n = static_cast<int>(a.size());
+  for (const Extreme& extreme : extremes) {
+    std::size_t p = 0;
+    for (std::size_t i = 1; i < a.size(); ++i) {
+      p = extreme.replaces(a[i], a[p]) ? i : p;
+    }
+    EXPECT_PRED2(same_value, extreme.value(a.data(), n), a[p]);
+    if (extreme.index != nullptr) {
+      EXPECT_EQ(extreme.index(a.data(), n), static_cast<int>(p));
+    }
+  }
+  EXPECT_EQ(Min_mass_index(a.data(), n), n - 1);
+}
+
+TEST(Extremes, AreThoseOfAnAscendingScan) {
+  const double odd_ones[] = {nan, 0.0, -0.0, HUGE_VAL, -HUGE_VAL, 5e-324, -1e308};
+  std::mt19937 engine(1);
+  for (const int n : {1, 2, 3, 7, 8, 9, 15, 16, 17, 31, 100, 4095, 4096, 4097, 9000}) {
+    for (int round = 0; round < 60; ++round) {
+      SCOPED_TRACE(testing::Message() << n << " elements, round " << round);
+      // Few different values make ties; the range moves the extreme to either sign or zero.
+      std::uniform_int_distribution value(round % 3 - 2, round % 3 + round / 15);
+      std::vector<double> a(static_cast<std::size_t>(n));
+      std::generate(a.begin(), a.end(),
+                    [&] { return value(engine) * (engine() % 2 ? 1.0 : -1.0); });
+      for (int odd = 0; odd < round % 8; ++odd) {
+        a[engine() % a.size()] = odd_ones[engine() % std::size(odd_ones)];
+      }
+      expect_extremes_of(a);
+    }
+  }
+}
+
+// A single extreme, everywhere in turn: no lane, tail or border of a block is left out.
+TEST(Extremes, AreFoundAtEveryPosition) {
+  std::vector<double> a(8200, 1.0);
+  for (int i = 0; i < 8200; i += i < 40 || i > 4080 ? 1 : 13) {
+    double& element = a[static_cast<std::size_t>(i)];
+    element = -2.0;
+    EXPECT_EQ(Max_mass_ABS_index(a.data(), 8200), i);
+    EXPECT_EQ(Min_mass(a.data(), 8200), -2.0);
+    element = 1.0;
+  }
+}
+
+TEST(Extremes, OfNoElementsReadNothing) {
+  for (const int n : {0, -1, INT_MIN}) {
+    for (const Extreme& extreme : extremes) {
+      EXPECT_EQ(extreme.value(nullptr, n), 0.0);
+      EXPECT_EQ(Max_mass_index(nullptr, n) + Min_mass_index(nullptr, n), 0);
+    }
+  }
+}
+
+TEST(Sums, AreAddedInAscendingOrder) {
+  for (const int n : {INT_MIN, -1, 0, 1, 2, 3, 5, 200, 1001}) {
+    std::vector<double> a = ill_conditioned(n, 2);
+    std::vector<double> b = ill_conditioned(n, 3);
+    double sum = 0, descending = 0, squares = 0, products = 0;
+    for (std::size_t i = 0; i < a.size(); ++i) {
+      sum += a[i];
+      descending += a[a.size() - 1 - i];
+      squares += a[i] * a[i];
+      products += a[i] * b[i];
+    }
+    EXPECT_TRUE(n < 200 || sum != descending) << "the data do not tell one order from another";
+    EXPECT_PRED2(same_value, Sum_mass(a.data(), n), sum);
+    EXPECT_PRED2(same_value, Mean(a.data(), n), sum / n);
+    EXPECT_PRED2(same_value, Magnitude(a.data(), n), std::sqrt(squares));
+    EXPECT_PRED2(same_value, Scalar_Multiply(a.data(), b.data(), n), products);
+  }
+}
+
+// `out` is an array of its own, an input, or overlaps an input by all but a few elements; volatile
+// keeps the definition from being reordered.
+TEST(ElementWise, AnOverlapGivesTheRecurrence) {
+  struct Operation {
+    void (*run)(double* a, double* b, double* out, int n);
+    double (*element)(double a, double b, double norm);
+  };
+  const Operation operations[] = {
+      {Vec_Add, [](double a, double b, double) { return a + b; }},
+      {Vec_Sub, [](double a, double b, double) { return a - b; }},
+      {[](double*, double* b, double* out, int n) { Const_Multiply(0.7, b, out, n); },
+       [](double, double b, double) { return 0.7 * b; }},
+      {[](double*, double* b, double* out, int n) { Normalize(b, out, n); },
+       [](double, double b, double norm) { return b / norm; }},
+  };
+  for (const Operation& operation : operations) {
+    for (const int n : {INT_MIN, 0, 1, 2, 3, 4, 7, 16, 33}) {
+      for (int offset = -9; offset <= 9; ++offset) {
+        std::vector<double> memory = ill_conditioned(100, 4);
+        const std::vector<double> start = memory;
+        std::vector<double> expected = memory;
+        const double norm = Magnitude(expected.data() + 40, n);
+        volatile double* const defined = expected.data();
+        for (int i = 0; i < n; ++i) {
+          defined[40 + offset + i] = operation.element(defined[i], defined[40 + i], norm);
+        }
+        operation.run(memory.data(), memory.data() + 40, memory.data() + 40 + offset, n);
+        ASSERT_EQ(memory, expected) << n << " elements, offset " << offset;
+        ASSERT_EQ(memory == start, n <= 0);
+      }
+    }
+  }
+  double zero[2] = {0, 0};
+  Normalize(zero, zero, 2);
+  EXPECT_TRUE(std::isnan(zero[0]) && std::isnan(zero[1]));
+}
+
+TEST(Vectors, AngleIsNotLimitedAndCrossRunsTwice) {
+  double x[] = {1, 0}, y[] = {0, 1}, minus_x[] = {-1, 0}, none[] = {0, 0};
+  EXPECT_EQ(Angle(x, y, 2), std::acos(0.0));
+  EXPECT_EQ(Angle(x, minus_x, 2), std::acos(-1.0));
+  EXPECT_TRUE(std::isnan(Angle(x, none, 2)));
+  double ones[] = {0.1, 0.1, 0.1, 0.1, 0.1, 0.1};
+  for (int n = 1; n <= 6; ++n) {  // some quotients round above 1
+    EXPECT_PRED2(same_value, Angle(ones, ones, n),
+                 std::acos(Scalar_Multiply(ones, ones, n) / Qrt(Magnitude(ones, n))));
+  }
+  const std::vector<double> a = {1, 2, 3}, b = {4, 5, 6};
+  std::vector<double> apart(3), onto_a = a, onto_b = b, left = a, right = b;
+  Cross(left.data(), right.data(), apart.data());
+  Cross(onto_a.data(), right.data(), onto_a.data());
+  Cross(left.data(), onto_b.data(), onto_b.data());
+  EXPECT_EQ(apart, (std::vector<double>{-3, 6, -3}));
+  EXPECT_EQ(onto_a, (std::vector<double>{855, -5670, 26955}));
+  EXPECT_EQ(onto_b, (std::vector<double>{27, 90, 36}));
+}
+
+TEST(Scale, InterpolatesAndReadsOneElementMore) {
+  for (const int n_in : {1, 2, 3, 10, 63, 1000}) {
+    std::vector<double> in = ill_conditioned(n_in + 1, 5);
+    for (const int n_out : {2, 3, 5, 9, 10, 63, 1001}) {
+      std::vector<double> out(static_cast<std::size_t>(n_out) + 1, 77.0);
+      const double step = static_cast<double>(n_in - 1) / static_cast<double>(n_out - 1);
+      Scale(in.data(), out.data(), n_in, n_out);
+      for (int j = 0; j < n_out; ++j) {
+        const double x = j * step;
+        const auto k = static_cast<std::size_t>(x);
+        const double fraction = x - std::trunc(x);
+        ASSERT_EQ(out[static_cast<std::size_t>(j)], (in[k + 1] - in[k]) * fraction + in[k]);
+      }
+      EXPECT_EQ(out.back(), 77.0);
+    }
+  }
+  double in[] = {0, 10, 20, nan}, out[] = {7, 7, 7};
+  Scale(in, out, 3, 3);
+  EXPECT_TRUE(out[1] == 10 && std::isnan(out[2]));
+  for (const int n_out : {0, 1}) {
+    out[0] = 7;
+    Scale(in + 1, out, 3, n_out);
+    EXPECT_TRUE(out[0] == 10 && out[1] == 10);
+  }
+  for (const auto& [n_in, n_out] : {std::pair{3, -1}, {3, INT_MIN}, {0, 2}, {INT_MIN, 2}}) {
+    Scale(nullptr, nullptr, n_in, n_out);
+  }
+}
+
+TEST(Correlation, IsCircularInTheFirstSequence) {
+  for (int n1 = 1; n1 <= 7; ++n1) {
+    for (int n2 = 1; n2 <= 20; ++n2) {
+      std::vector<double> x = ill_conditioned(n1, 6), y = ill_conditioned(n1, 7);
+      std::vector<double> u = ill_conditioned(n2, 8), v = ill_conditioned(n2, 9);
+      for (int s = -n2 - 1; s <= n1 + 1; ++s) {
+        double sum = 0, re = 0, im = 0;
+        for (int j = 0; j < n2 && s > -n2 && s < n1; ++j) {
+          const auto k = static_cast<std::size_t>(((j + s) % n1 + n1) % n1);
+          const auto l = static_cast<std::size_t>(j);
+          sum += x[k] * u[l];
+          re += x[k] * u[l] + y[k] * v[l];
+          im += y[k] * u[l] - x[k] * v[l];
+        }
+        ASSERT_EQ(Correl(x.data(), u.data(), n1, n2, s), sum);
+        ASSERT_EQ(Correl(x.data(), y.data(), u.data(), v.data(), n1, n2, s),
+                  std::sqrt(im * im + re * re));
+      }
+    }
+  }
+  for (const int n : {INT_MIN, -1, 0}) {
+    for (const int s : {INT_MIN, -1, 0, INT_MAX}) {
+      EXPECT_EQ(Correl(nullptr, nullptr, n, 5, s), 0.0);
+      EXPECT_EQ(Correl(nullptr, nullptr, 5, n, s), 0.0);
+    }
+  }
+}
+
+}  // namespace

@@ -1,0 +1,123 @@
+// Functions of single numbers: results that ties, signs, NaN and 32-bit arithmetic decide.
+#include <gtest/gtest.h>
+#include <sarnum/sarnum.h>
+
+#include <cmath>
+#include <limits>
+
+#include "same_value.h"
+
+namespace {
+
+constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+constexpr double inf = std::numeric_limits<double>::infinity();
+constexpr double two_pi = 6.283185307179586;
+
+struct Result {
+  double actual;
+  double expected;
+};
+
+TEST(NumericFunctions, GiveTheStatedValues) {
+  const Result results[] = {
+      // A tie or a NaN selects the second argument.
+      {Min(0.0, -0.0), -0.0},
+      {Min(-0.0, 0.0), 0.0},
+      {Min(nan, 5), 5},
+      {Min(5, nan), nan},
+      {Min(1, 2), 1},
+      {Max(0.0, -0.0), -0.0},
+      {Max(-0.0, 0.0), 0.0},
+      {Max(nan, 5), 5},
+      {Max(5, nan), nan},
+      {Max(1, 2), 2},
+      {Min_ABS(-3, 2), 2},
+      {Min_ABS(-2, 3), -2},
+      {Min_ABS(2, -2), -2},
+      {Min_ABS(1, nan), nan},
+      {Max_ABS(-3, 2), -3},
+      {Max_ABS(2, -2), -2},
+      {Max_ABS(nan, 1), 1},
+      {double(Sign(0.0)), 1},
+      {double(Sign(-0.0)), 1},
+      {double(Sign(-1e-300)), -1},
+      {double(Sign(nan)), -1},
+      {Qrt(-3), 9},
+      {Cube(0.1), (0.1 * 0.1) * 0.1},
+      {Power(2, 10), std::exp(10 * std::log(2.0))},
+      {Power(0, 1), nan},
+      {Power(-2, 2), nan},
+      {Power(nan, 0), nan},
+      {Power(inf, -1), 0},
+      {Radians(41), 41 * 3.141592653589793 / 180},
+      {Degrees(0.3), 0.3 * 180 / 3.141592653589793},
+      {Modulus(-5, 3), 1},
+      {Modulus(6, 3), 0},
+      {Modulus(-6, 3), 0},
+      {Modulus(7.5, 2), 1.5},
+      {Modulus(5, -3), 2},
+      {Modulus(-5, -3), -5},
+      {Modulus(1, 0), nan},
+      {Modulus(1, inf), nan},
+      {Fmod2p(-0.5), two_pi - 0.5},
+      {Fmod2p(two_pi), 0},
+      {Fmod2p(-inf), nan},
+      {AcTan(-1, 0), -std::acos(0.0) + two_pi},
+      {AcTan(0, -1), std::acos(-1.0)},
+      {AcTan(-0.0, 1), -0.0},
+      {Power_of_two(1024), 10},
+      {Power_of_two(3), 1.584962500721156},
+      {Power_of_two(2), 1},
+      {Power_of_two(0.5), -1},
+      {Power_of_two(0), -inf},
+      {Power_of_two(-1), nan},
+      {Power_of_two(inf), inf},
+      {Power_of_two(nan), nan},
+      {Power_of_two(std::ldexp(1.0, 1023)), 1023},
+      {Add_to_Power_of_2(-7), 2},
+      {Add_to_Power_of_2(-inf), 2},
+      {Add_to_Power_of_2(1), 2},
+      {Add_to_Power_of_2(1.5), 2},
+      {Add_to_Power_of_2(3), 4},
+      {Add_to_Power_of_2(1000), 1024},
+      {Add_to_Power_of_2(1024), 1024},
+      {Add_to_Power_of_2(1025), 2048},
+      {Add_to_Power_of_2(1.5e9), -2147483648.0},  // the sign bit of 32
+      {Add_to_Power_of_2(3e9), 0},                // shifted out
+      {Add_to_Power_of_2(5e9), 2},                // the count has wrapped
+      {Add_to_Power_of_2(std::ldexp(1.5, 1023)), 0},
+      {Add_to_Power_of_2(inf), inf},
+      {Add_to_Power_of_2(nan), 2},
+      {Hanning(0, 8), 0},
+      {Hanning(4, 8), 2},
+      {Hanning(3, 7), 1 - std::cos(3 * two_pi / 7)},
+      {Hanning(1, 0), nan},
+      {Hamming(0.54, 0, 8), 1},
+      {Hamming(0.54, 4, 8), -(1 - 0.54) + 0.54},
+      {Hamming(0.54, 3, 7), std::cos(3 * two_pi / 7) * (1 - 0.54) + 0.54},
+      {Kaiser(6, 4, 8), 1},
+      {Kaiser(6, 0, 8), 1 / Bessel_NULL(6)},
+      {Kaiser(6, 2, 7), Bessel_NULL(std::sqrt(1 - (1.5 / 3.5) * (1.5 / 3.5)) * 6) / Bessel_NULL(6)},
+      {Kaiser(0, 3, 8), 1},
+      {Kaiser(6, -1, 8), nan},
+      {Kaiser(6, 0, 0), nan},
+      {Bessel_NULL(0), 1},
+      {Bessel_NULL(-3), Bessel_NULL(3)},
+      {Bessel_NULL(nan), nan},
+      {Bessel_NULL(70), nan},
+      {Bessel_NULL(inf), nan},
+  };
+  for (const Result& result : results) {
+    EXPECT_PRED2(same_value, result.actual, result.expected) << "entry " << &result - results;
+  }
+}
+
+// The four terms up to the first not above 1e-8 (4.3e-10) and no fifth (6.8e-14).
+TEST(NumericFunctions, BesselSeriesEndsAtAnAbsoluteBound) {
+  EXPECT_NEAR(Bessel_NULL(0.1), 1 + 2.5e-3 + 1.5625e-6 + 2.5e-3 * 2.5e-3 * 2.5e-3 / 36, 5e-16);
+  for (const double x : {0.5, 2.0, 10.0, 50.0, 69.0}) {
+    EXPECT_NEAR(Bessel_NULL(x), std::cyl_bessel_i(0.0, x), 1e-8 + 1e-13 * Bessel_NULL(x));
+  }
+}
+
+}  // namespace
