@@ -50,7 +50,7 @@ TEST(NumericFunctions, GiveTheStatedValues) {
       {Power(nan, 0), nan},
       {Power(inf, -1), 0},
       {Radians(41), 41 * 3.141592653589793 / 180},
-      {Degrees(0.3), 0.3 * 180 / 3.141592653589793},
+      {Degrees(1.1), 1.1 * 180 / 3.141592653589793},
       {Modulus(-5, 3), 1},
       {Modulus(6, 3), 0},
       {Modulus(-6, 3), 0},
@@ -112,9 +112,11 @@ TEST(NumericFunctions, GiveTheStatedValues) {
   }
 }
 
-// The four terms up to the first not above 1e-8 (4.3e-10) and no fifth (6.8e-14).
+// The first term not above 1e-8 is the last: the third (4.3e-10) of x = 0.1, where a fourth (7e-14)
+// would show, and the fourth (1.7e-11) of x = 0.2.
 TEST(NumericFunctions, BesselSeriesEndsAtAnAbsoluteBound) {
-  EXPECT_NEAR(Bessel_NULL(0.1), 1 + 2.5e-3 + 1.5625e-6 + 2.5e-3 * 2.5e-3 * 2.5e-3 / 36, 5e-16);
+  EXPECT_NEAR(Bessel_NULL(0.1), 1 + 2.5e-3 + 1.5625e-6 + 1.5625e-8 / 36, 5e-16);
+  EXPECT_NEAR(Bessel_NULL(0.2), 1 + 1e-2 + 2.5e-5 + 1e-6 / 36 + 1e-8 / 576, 5e-16);
   for (const double x : {0.5, 2.0, 10.0, 50.0, 69.0}) {
     EXPECT_NEAR(Bessel_NULL(x), std::cyl_bessel_i(0.0, x), 1e-8 + 1e-13 * Bessel_NULL(x));
   }
