@@ -18,7 +18,8 @@ help:
 	@echo 'make demo                simulate a radar scene, multilook it, show its spectrum'
 	@echo 'make demo IMAGE=path     the same on a radar image of your own'
 	@echo 'make test                build everything and run all tests'
-	@echo 'make bench               time the transforms against FFTW (ratios; JSON in build/bench)'
+	@echo 'make bench               time transforms against FFTW, the numeric toolkit against memory'
+	@echo '                         and latency (ratios; JSON in build/bench)'
 	@echo 'make lint                check the format of the sources and run clang-tidy'
 	@echo 'make install PREFIX=dir  install libraries, headers and the tool (default /usr/local)'
 	@echo 'make clean               remove the build folders and what the demo wrote'
@@ -49,9 +50,11 @@ lint:
 bench:
 	@sh cmake/install_packages.sh $(BENCH_PACKAGES)
 	cmake --preset bench
-	cmake --build --preset bench --parallel "$(JOBS)" --target transforms_bench
-	build/bench/bench/transforms_bench --benchmark_out=build/bench/transforms.json \
-	  --benchmark_out_format=json
+	cmake --build --preset bench --parallel "$(JOBS)" --target transforms_bench numeric_bench
+	for name in transforms numeric; do \
+	  build/bench/bench/$${name}_bench --benchmark_out=build/bench/$$name.json \
+	    --benchmark_out_format=json || exit 1; \
+	done
 
 install:
 	@sh cmake/install_packages.sh $(BUILD_PACKAGES)

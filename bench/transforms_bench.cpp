@@ -1,10 +1,6 @@
-// Transforms against FFTW, as ratios of times measured in one run.
-//
-// Each piece of work is done by both sides and compared before anything is timed. Repetitions of
-// all pieces are interleaved in random order, so that a change of the machine's speed hits both
-// sides; the least time of each counts. Data are zeros while timing: a transform repeated in place
-// would grow without bound, and the arithmetic takes the same time on zeros.
-#include <benchmark/benchmark.h>
+// Transforms against FFTW. Both sides' results are compared, on the same numbers. Data are zeros
+// while timing: a transform repeated in place would grow without bound, and the arithmetic takes
+// the same time on zeros.
 #include <fftw3.h>
 #include <sarnum/sarnum.h>
 
@@ -12,33 +8,15 @@
 #include <cmath>
 #include <complex>
 #include <cstdint>
-#include <cstdio>
-#include <functional>
 #include <limits>
-#include <map>
 #include <memory>
 #include <string>
 #include <type_traits>
 #include <vector>
 
+#include "side_by_side.h"
+
 namespace {
-
-/// Work that both sides do on storage of their own.
-struct Piece {
-  std::string name;
-  std::function<void()> ours;
-  std::function<void()> peer;
-  /// Fills both inputs with the same numbers, or with zeros.
-  std::function<void(bool zeros)> fill;
-  /// ‖ours − peer's‖ / ‖peer's‖ of the results.
-  std::function<double()> difference;
-  double tolerance;
-};
-
-template <class Real>
-Real sample(std::size_t i) {
-  return static_cast<Real>(std::sin(static_cast<double>(i * i % 1009)));
-}
 
 template <class Real>
 double relative_difference(const std::vector<Real>& ours, const std::vector<Real>& peers) {
@@ -91,11 +69,12 @@ Piece line_piece(const std::string& name, int m, Plan plan, Ours ours) {
   const auto peer_plan = owned<Fftw>(plan(static_cast<int>(n), peers->data()));
   return {name + "/" + std::to_string(m),
           [=] { ours(data->data(), n, m); },
-          [=] { Fftw::run(peer_plan.get()); },
-          [=](bool zeros) {
+          {"FFTW", [=] { Fftw::run(peer_plan.get()); }},
+          [=](bool timing) {
             for (std::size_t i = 0; i < 2 * n; ++i) {
-              (*data)[i] = (*peers)[i] = zeros ? Real{0} : sample<Real>(i);
+              (*data)[i] = (*peers)[i] = timing ? Real{0} : sample<Real>(i);
             }
+            // Tables serve one length at a time, and repetitions of all lengths are interleaved.
             init_ibitr(m);
           },
           [=] { return relative_difference(*data, *peers); },
@@ -129,19 +108,20 @@ Piece raster_piece(int side) {
           [=] {
             CFFTClass().FFT_2D(state->src.data(), state->dst.data(), side, side, TD_INT16, nullptr);
           },
-          [=] {
-            std::copy(state->pixels.begin(), state->pixels.end(), state->work.begin());
-            DoubleFftw::run(plan.get());
-            const double scale = 1.0 / (static_cast<double>(side) * side);
-            for (std::size_t i = 0; i < state->work.size(); ++i) {
-              state->peers[2 * i] = static_cast<float>(state->work[i].real() * scale);
-              state->peers[2 * i + 1] = static_cast<float>(state->work[i].imag() * scale);
-            }
-          },
-          [=](bool zeros) {
+          {"FFTW",
+           [=] {
+             std::copy(state->pixels.begin(), state->pixels.end(), state->work.begin());
+             DoubleFftw::run(plan.get());
+             const double scale = 1.0 / (static_cast<double>(side) * side);
+             for (std::size_t i = 0; i < state->work.size(); ++i) {
+               state->peers[2 * i] = static_cast<float>(state->work[i].real() * scale);
+               state->peers[2 * i + 1] = static_cast<float>(state->work[i].imag() * scale);
+             }
+           }},
+          [=](bool timing) {
             for (std::size_t i = 0; i < state->pixels.size(); ++i) {
               state->pixels[i] =
-                  zeros ? std::int16_t{0} : static_cast<std::int16_t>(sample<double>(i) * 3e4);
+                  timing ? std::int16_t{0} : static_cast<std::int16_t>(sample<double>(i) * 3e4);
             }
           },
           [=] { return relative_difference(state->spectrum, state->peers); },
@@ -169,79 +149,8 @@ std::vector<Piece> all_pieces() {
   return pieces;
 }
 
-bool sides_agree(const Piece& piece) {
-  piece.fill(false);
-  piece.ours();
-  piece.peer();
-  const double difference = piece.difference();
-  piece.fill(true);
-  if (!(difference <= piece.tolerance)) {
-    std::fprintf(stderr, "%s differs from the peer's by %g\n", piece.name.c_str(), difference);
-    return false;
-  }
-  return true;
-}
-
-/// Keeps the least time of each benchmark, in place of the usual line for every repetition.
-class LeastTimes : public benchmark::ConsoleReporter {
- public:
-  void ReportRuns(const std::vector<Run>& runs) override {
-    for (const Run& run : runs) {
-      if (run.run_type == Run::RT_Iteration) {
-        const auto [entry, is_new] =
-            times_.try_emplace(run.run_name.function_name, run.GetAdjustedRealTime());
-        entry->second = std::min(entry->second, run.GetAdjustedRealTime());
-      }
-    }
-  }
-
-  double of(const std::string& name) const { return times_.at(name); }
-  bool has(const std::string& name) const { return times_.count(name) != 0; }
-
- private:
-  std::map<std::string, double> times_;
-};
-
 }  // namespace
 
 int main(int argc, char** argv) {
-  const std::vector<Piece> pieces = all_pieces();
-  for (const Piece& piece : pieces) {
-    if (!sides_agree(piece)) {
-      return 1;
-    }
-    // Tables serve one length at a time, and repetitions of all lengths are interleaved.
-    const auto add = [&piece](const std::string& side, const std::function<void()>& work) {
-      benchmark::RegisterBenchmark((piece.name + side).c_str(),
-                                   [&](benchmark::State& state) {
-                                     piece.fill(true);
-                                     for (auto _ : state) {
-                                       work();
-                                       benchmark::ClobberMemory();
-                                     }
-                                   })
-          ->Repetitions(9)
-          ->MinTime(0.02)
-          ->Unit(benchmark::kMicrosecond);
-    };
-    add("", piece.ours);
-    add(" peer", piece.peer);
-  }
-  std::vector<char*> arguments(argv, argv + argc);
-  char interleave[] = "--benchmark_enable_random_interleaving=true";
-  arguments.push_back(interleave);
-  int count = static_cast<int>(arguments.size());
-  benchmark::Initialize(&count, arguments.data());
-  LeastTimes times;
-  benchmark::RunSpecifiedBenchmarks(&times);
-
-  std::printf("%-32s %12s %12s %8s\n", "work", "ours, us", "FFTW, us", "ratio");
-  for (const Piece& piece : pieces) {
-    if (times.has(piece.name) && times.has(piece.name + " peer")) {
-      const double ours = times.of(piece.name);
-      const double peers = times.of(piece.name + " peer");
-      std::printf("%-32s %12.2f %12.2f %8.2f\n", piece.name.c_str(), ours, peers, ours / peers);
-    }
-  }
-  return 0;
+  return run_side_by_side(all_pieces(), argc, argv);
 }
