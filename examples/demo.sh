@@ -68,6 +68,8 @@ if [ -z "${3:-}" ]; then
   step "$simulate_scene" "$image" --size "${SCENE_SIZE:-2048}"
 fi
 
+step "$sarnum" stats "$image"
+
 # Looks are averaged over intensity: complex samples are detected first.
 case $pixel_type in
   *TD_COMPLEX_*)

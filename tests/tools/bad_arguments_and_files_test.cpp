@@ -75,6 +75,8 @@ const BadCase bad_cases[] = {
     {1, "detect holes.tif old.tif --overwrite", "incomplete"},
     {1, "detect folder old.tif --overwrite", "is a folder"},
     {1, "info empty.tif", "is empty"},
+    {1, "stats truncated.tif --json", "truncated.tif"},
+    {2, "stats real.tif --jason", "no option '--jason'"},
     {1, "multilook no.tif out.tif --looks 2x2", "No such file"},
     {1, "multilook truncated.tif out.tif --looks 2x2", "truncated.tif"},
     {1, "spectrum truncated.tif out.tif", "truncated.tif"},

@@ -1,21 +1,14 @@
 // sarnum info: what a raster is, and how many looks its speckle seems to have.
 #include <cpl_string.h>
 
-#include <algorithm>
-#include <iostream>
-#include <sstream>
-
 #include "commands.h"
 #include "description.h"
 #include "messages.h"
 #include "raster_input.h"
+#include "report.h"
 
 namespace sarnum::tool {
 namespace {
-
-std::string number(double value) {
-  return CPLString().Printf("%.12g", value);
-}
 
 std::string name_of(const OGRSpatialReference& reference) {
   const char* const name = reference.GetName();
@@ -102,31 +95,17 @@ void run_info(const InfoArguments& arguments) {
   const Description description(input);
   const GDALDriver& driver = *input.dataset().GetDriver();
   const char* const long_name = const_cast<GDALDriver&>(driver).GetMetadataItem(GDAL_DMD_LONGNAME);
-  const int bands = input.dataset().GetRasterCount();
 
-  std::ostringstream text;
-  const auto line = [&text](const char* label, const std::string& value) {
-    constexpr std::size_t column = 18;
-    std::string start = std::string(label) + ":";
-    start.resize(std::max(start.size() + 1, column), ' ');
-    text << start << one_line(value) << "\n";
-  };
-  line("File", input.path());
-  line("Driver", std::string(driver.GetDescription()) +
-                     (long_name != nullptr ? " (" + std::string(long_name) + ")" : ""));
-  line("Size", std::to_string(input.width()) + " x " + std::to_string(input.height()) +
-                   " pixels, " + std::to_string(bands) + (bands == 1 ? " band" : " bands"));
-  line("Pixel type", std::string(GDALGetDataTypeName(input.band().GetRasterDataType())) +
-                         ", TypeData " + std::to_string(input.type().code) + " (" +
-                         input.type().name + ")");
-  line("Georeferencing", georeferencing(description));
-  line("Nodata", description.nodata ? number(*description.nodata) : "none");
-  line("Unit", description.unit.empty() ? "none" : description.unit);
-  line("Equivalent looks", looks(input, arguments.quantity));
-  std::cout << text.str() << std::flush;
-  if (!std::cout) {
-    throw Failure("cannot write to standard output");
-  }
+  Report report;
+  report.line("File", input.path());
+  report.line("Driver", std::string(driver.GetDescription()) +
+                            (long_name != nullptr ? " (" + std::string(long_name) + ")" : ""));
+  report.lines_on_pixels(input);
+  report.line("Georeferencing", georeferencing(description));
+  report.line("Nodata", description.nodata ? number(*description.nodata) : "none");
+  report.line("Unit", description.unit.empty() ? "none" : description.unit);
+  report.line("Equivalent looks", looks(input, arguments.quantity));
+  print(report.text());
 }
 
 }  // namespace sarnum::tool

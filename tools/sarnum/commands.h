@@ -40,10 +40,17 @@ struct InfoArguments {
   std::optional<Quantity> quantity;  ///< what a real raster holds, when the user tells
 };
 
+struct StatsArguments {
+  std::string input;
+  bool json = false;
+  bool show_progress = false;
+};
+
 void run_multilook(const MultilookArguments& arguments);
 void run_detect(const DetectArguments& arguments);
 void run_spectrum(const SpectrumArguments& arguments);
 void run_info(const InfoArguments& arguments);
+void run_stats(const StatsArguments& arguments);
 
 }  // namespace sarnum::tool
 

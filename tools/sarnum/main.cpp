@@ -27,6 +27,7 @@ struct Arguments {
   DetectArguments detect;
   SpectrumArguments spectrum;
   InfoArguments info;
+  StatsArguments stats;
 };
 
 /// A program started with a standard stream closed would get its number for the next file that it
@@ -63,6 +64,14 @@ std::string version_text() {
          GDALVersionInfo("RELEASE_NAME") + ")";
 }
 
+void add_progress_options(CLI::App& command, Arguments& arguments) {
+  CLI::Option* const quiet =
+      command.add_flag("-q,--quiet", arguments.quiet, "Neither progress nor warnings");
+  command
+      .add_flag("--progress", arguments.progress, "Show progress although stderr is no terminal")
+      ->excludes(quiet);
+}
+
 CLI::App& add_conversion(CLI::App& app, const char* name, const char* description,
                          ConversionArguments& conversion, Arguments& arguments) {
   CLI::App& command = *app.add_subcommand(name, description);
@@ -80,11 +89,7 @@ CLI::App& add_conversion(CLI::App& app, const char* name, const char* descriptio
       .add_option("--picture", conversion.picture,
                   "Also write a grey quick look of at most 2048 pixels a side")
       ->type_name("FILE.png");
-  CLI::Option* const quiet =
-      command.add_flag("-q,--quiet", arguments.quiet, "Neither progress nor warnings");
-  command
-      .add_flag("--progress", arguments.progress, "Show progress although stderr is no terminal")
-      ->excludes(quiet);
+  add_progress_options(command, arguments);
   return command;
 }
 
@@ -149,6 +154,24 @@ void add_info(CLI::App& app, Arguments& arguments) {
   command.footer("Example:\n  sarnum info looks.tif");
 }
 
+void add_stats(CLI::App& app, Arguments& arguments) {
+  CLI::App& command = *app.add_subcommand("stats", "Extremes with positions, mean, deviation");
+  command
+      .add_option("FILE", arguments.stats.input,
+                  "Raster to read: any that GDAL opens; band 1 is used")
+      ->required();
+  command.add_flag("--json", arguments.stats.json, "One JSON object instead of text");
+  add_progress_options(command, arguments);
+  command.footer(
+      "Of the values of a real raster, of the amplitudes |z| of a complex one. Nodata and NaN are\n"
+      "left out and counted; infinities are extremes, but left out of mean and standard deviation\n"
+      "(which is that of the population: divided by the number of samples). Positions are those\n"
+      "of the first such sample in row order, counted from 0. In JSON, a figure without samples "
+      "is\n"
+      "null, and infinity the string \"Infinity\" or \"-Infinity\".\n"
+      "Example:\n  sarnum stats slc.tif --json");
+}
+
 void run(const CLI::App& app, Arguments& arguments) {
   if (arguments.quiet) {
     silence_warnings();
@@ -157,12 +180,15 @@ void run(const CLI::App& app, Arguments& arguments) {
   arguments.multilook.show_progress = progress;
   arguments.detect.show_progress = progress;
   arguments.spectrum.show_progress = progress;
+  arguments.stats.show_progress = progress;
   if (app.got_subcommand("multilook")) {
     run_multilook(arguments.multilook);
   } else if (app.got_subcommand("detect")) {
     run_detect(arguments.detect);
   } else if (app.got_subcommand("spectrum")) {
     run_spectrum(arguments.spectrum);
+  } else if (app.got_subcommand("stats")) {
+    run_stats(arguments.stats);
   } else {
     run_info(arguments.info);
   }
@@ -178,6 +204,7 @@ int parse_and_run(int argc, char** argv) {
   add_multilook(app, arguments);
   add_spectrum(app, arguments);
   add_info(app, arguments);
+  add_stats(app, arguments);
   app.footer(
       "sarnum COMMAND --help tells more. Exit status: 0 done, 1 a file or the work failed,\n"
       "2 the arguments are at fault.");

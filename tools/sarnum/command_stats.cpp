@@ -1,0 +1,152 @@
+// sarnum stats: extremes with their positions, mean and standard deviation of the first band.
+#include <sarnum/sarnum.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+
+#include "commands.h"
+#include "description.h"
+#include "json.h"
+#include "progress.h"
+#include "raster_input.h"
+#include "report.h"
+#include "running_statistics.h"
+
+namespace sarnum::tool {
+namespace {
+
+/// Delivers rows as values or amplitudes, NaN where a sample is nodata.
+class ValueReader {
+ public:
+  explicit ValueReader(const RasterInput& input)
+      : input_(input),
+        nodata_(nodata_of(input.band())),
+        pixels_(size(input.rows_in_a_block()) * input.type().bytes()),
+        values_(size(input.rows_in_a_block())) {
+    if (nodata_ && input.type().is_complex()) {
+      re_.resize(values_.size());
+      im_.resize(values_.size());
+    }
+  }
+
+  std::span<const double> read(int first, int rows) {
+    const auto count = static_cast<int>(size(rows));
+    const int code = input_.type().code;
+    input_.read_rows(first, rows, pixels_.data());
+    Transform_to_double(pixels_.data(), code, values_.data(), count);
+    if (nodata_) {
+      if (input_.type().is_complex()) {
+        Transform_to_double(pixels_.data(), code, re_.data(), im_.data(), count);
+      }
+      for (std::size_t i = 0; i < size(rows); ++i) {
+        if (re_.empty() ? is_nodata(values_[i], nodata_)
+                        : im_[i] == 0 && is_nodata(re_[i], nodata_)) {
+          values_[i] = std::numeric_limits<double>::quiet_NaN();
+        }
+      }
+    }
+    return std::span(values_).first(size(rows));
+  }
+
+ private:
+  std::size_t size(int rows) const {
+    return static_cast<std::size_t>(input_.width()) * static_cast<std::size_t>(rows);
+  }
+
+  const RasterInput& input_;
+  std::optional<double> nodata_;
+  std::vector<std::byte> pixels_;
+  std::vector<double> values_;
+  std::vector<double> re_;  // with im_ for nodata among complex samples, else empty
+  std::vector<double> im_;
+};
+
+RunningStatistics statistics_of(const RasterInput& input, bool show_progress) {
+  Progress progress(show_progress);
+  progress.update(0.0);
+  RunningStatistics statistics;
+  ValueReader reader(input);
+  const int rows = input.rows_in_a_block();
+  for (int first = 0; first < input.height(); first += rows) {
+    const int count = std::min(rows, input.height() - first);
+    statistics.add(reader.read(first, count));
+    progress.update(static_cast<double>(first + count) / input.height());
+  }
+  progress.finish();
+  return statistics;
+}
+
+const char* quantity_of(const RasterInput& input) {
+  return input.type().is_complex() ? "amplitude" : "value";
+}
+
+std::string json(const RasterInput& input, const RunningStatistics& statistics) {
+  const auto extreme = [&](const std::optional<RunningStatistics::Extreme>& found) {
+    std::optional<JsonObject> part;
+    if (found) {
+      part.emplace();
+      part->add_number("value", found->value);
+      part->add_integer("column", found->position % input.width());
+      part->add_integer("row", found->position / input.width());
+    }
+    return part;
+  };
+  JsonObject object;
+  object.add_text("file", input.path());
+  object.add_integer("band", 1);
+  object.add_integer("width", input.width());
+  object.add_integer("height", input.height());
+  object.add_text("pixel_type", input.type().name);
+  object.add_text("quantity", quantity_of(input));
+  object.add_number("nodata", nodata_of(input.band()));
+  object.add_integer("valid", statistics.valid());
+  object.add_integer("invalid", statistics.seen() - statistics.valid());
+  object.add_integer("infinite", statistics.infinite());
+  object.add_object("min", extreme(statistics.minimum()));
+  object.add_object("max", extreme(statistics.maximum()));
+  object.add_number("mean", statistics.mean());
+  object.add_number("standard_deviation", statistics.standard_deviation());
+  return object.text();
+}
+
+std::string text(const RasterInput& input, const RunningStatistics& statistics) {
+  const auto value = [](const std::optional<double>& figure) {
+    return figure ? number(*figure) : "none";
+  };
+  const auto extreme = [&](const std::optional<RunningStatistics::Extreme>& found) {
+    return found ? number(found->value) + " at column " +
+                       std::to_string(found->position % input.width()) + ", row " +
+                       std::to_string(found->position / input.width())
+                 : "none";
+  };
+  const std::int64_t invalid = statistics.seen() - statistics.valid();
+  Report report;
+  report.line("File", input.path());
+  report.lines_on_pixels(input);
+  report.line("Quantity", quantity_of(input));
+  report.line("Nodata", value(nodata_of(input.band())));
+  report.line("Samples", statistics.valid() == 0 ? "no valid samples: all are nodata or NaN"
+                                                 : std::to_string(statistics.valid()) + " valid, " +
+                                                       std::to_string(invalid) + " nodata or NaN");
+  if (statistics.infinite() > 0) {
+    report.line("Infinite", std::to_string(statistics.infinite()) +
+                                " of the valid, left out of mean and standard deviation");
+  }
+  report.line("Minimum", extreme(statistics.minimum()));
+  report.line("Maximum", extreme(statistics.maximum()));
+  report.line("Mean", value(statistics.mean()));
+  report.line("Standard deviation", value(statistics.standard_deviation()));
+  return report.text();
+}
+
+}  // namespace
+
+void run_stats(const StatsArguments& arguments) {
+  const RasterInput input(arguments.input);
+  const RunningStatistics statistics = statistics_of(input, arguments.show_progress);
+  print(arguments.json ? json(input, statistics) : text(input, statistics));
+}
+
+}  // namespace sarnum::tool
