@@ -1,0 +1,71 @@
+// Systems and fits that run short of memory: failure is reported where a result can say so, outputs
+// and matrices stay as they were, and only complete fits keep storage.
+#include <gtest/gtest.h>
+#include <sarnum/sarnum.h>
+
+#include <limits>
+
+#include "failing_allocations.h"
+#include "plain_linear_algebra.h"
+
+namespace {
+
+using oracle::LongDoubles;
+
+constexpr int n = 30;  // too large for the stack
+constexpr int copies = std::numeric_limits<long double>::digits > 53 ? 1 : 0;
+
+/// A call on a matrix with an output, which gives its result or 1, and what it gives on failure.
+const struct {
+  const char* name;
+  int allocations, failed;
+  int (*run)(long double* a, long double* x);
+} calls[] = {
+    {"system", copies, 1, [](auto a, auto x) { return Solve_System(n, a, x), 1; }},
+    {"determinant", copies, 0,
+     [](auto a, auto x) {
+       double result = static_cast<double>(*x);
+       const int returned = LnAbsDeterminant(&result, n, a);
+       *x = result;
+       return returned;
+     }},
+    {"inverse", 1, 0, [](auto a, auto x) { return MatrixInversion(n, a, x); }},
+    {"product", 1 + 2 * copies, 1,
+     [](auto a, auto x) { return Matrix_Multiply(a, a, x, n, n, n), 1; }},
+    {"fit", 3 + 2, 1,
+     [](auto, auto x) {
+       double u[] = {1.0, 2.0, 4.0}, v[] = {0.0, 3.0, 1.0}, c[3] = {7.0, 7.0, 7.0};
+       mnk2(1, 3, u, u, v, c);
+       std::copy_n(c, 3, x);
+       return 1;
+     }},
+};
+
+TEST(Allocation, WhatFailsLeavesEverythingAsItWas) {
+  const LongDoubles matrix = oracle::random_values(n * (n + 1), 1), output(n * n, 7.0L);
+  for (const auto& call : calls) {
+    for (int nth = 0; nth <= call.allocations; ++nth) {
+      LongDoubles a = matrix, x = output;
+      FailingAllocations failing(nth);
+      const int returned = call.run(a.data(), x.data()), count = failing.count();
+      EXPECT_EQ(x == output, nth > 0) << call.name << nth;
+      EXPECT_TRUE(nth > 0 ? a == matrix : count == call.allocations) << call.name << nth;
+      EXPECT_EQ(returned, nth > 0 ? call.failed : 1) << call.name << nth;
+    }
+  }
+}
+
+TEST(Allocation, AnInterpolationWithoutStorageSaysSo) {
+  double x[] = {1.0, 2.0, 4.0}, y[] = {0.0, 3.0, 1.0};
+  for (const auto how :
+       {FailingAllocations::Failing::once, FailingAllocations::Failing::persistently}) {
+    for (int nth = 1; nth <= 4; ++nth) {
+      const FailingAllocations failing(nth, how);
+      CLagrangeInterpolation2D fit(6, 3, x, y, x);
+      EXPECT_EQ(fit.GetSuccessFlag(), 0) << nth;
+      EXPECT_TRUE(std::isnan(fit.GetInterpolatedValue(1.0, 1.0))) << nth;
+    }
+  }
+}
+
+}  // namespace

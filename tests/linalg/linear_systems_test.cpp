@@ -1,0 +1,181 @@
+// Systems, determinants, inverses and products: equal to the plain definition in 64-bit steps,
+// what is left of consumed matrices included; accurate; exact where the arithmetic is.
+#include <gtest/gtest.h>
+#include <sarnum/sarnum.h>
+
+#include <limits>
+
+#include "plain_linear_algebra.h"
+
+namespace {
+
+using oracle::LongDoubles;
+using oracle::Matrix;
+using oracle::same;
+
+enum Kind { random, badly_scaled, nearly_singular, many_ties, singular, not_finite, kinds };
+
+LongDoubles make_matrix(int kind, int n, int columns) {
+  LongDoubles a = oracle::random_values(n * columns, n);
+  for (int i = 0; i < n * columns; ++i) {
+    long double& value = a[static_cast<std::size_t>(i)];
+    if (kind == badly_scaled) {
+      value = std::ldexp(value, 97 * (i / columns % 7 - 3) + 31 * (i % columns % 5 - 2));
+    } else if (kind == many_ties || kind == singular) {  // integers: exact zeros come about
+      value = std::round(1.49L * value);
+    }
+    const int dependent_rows = kind == singular ? 2 : kind == nearly_singular ? 1 : 0;
+    if (n > 2 && i >= (n - dependent_rows) * columns) {
+      value =
+          2 * a[static_cast<std::size_t>(i % columns)] + (kind == singular ? 0 : 1e-13L * value);
+    }
+  }
+  if (kind == not_finite) {
+    a[a.size() / 2] = std::numeric_limits<long double>::infinity();
+    a.back() = std::numeric_limits<long double>::quiet_NaN();
+  }
+  return a;
+}
+
+template <class Check>
+void for_matrices(int columns_more, Check check) {
+  for (int kind = 0; kind < kinds; ++kind) {
+    for (int n = 1; n <= 61; ++n) {
+      const int order = n == 61 ? 200 : n;
+      SCOPED_TRACE(testing::Message() << "kind " << kind << " n " << order);
+      check(kind, order, make_matrix(kind, order, order + columns_more));
+    }
+  }
+}
+
+/// LAPACK's measure ‖b − A·x‖ / (‖A‖ ‖x‖ n u).
+long double residual(Matrix<long double> system, const LongDoubles& x) {
+  const int n = static_cast<int>(x.size());
+  long double a_norm = 0, x_norm = 0, worst = 0;
+  for (int i = 1; i <= n; ++i) {
+    long double rest = system(i, n + 1), row = 0;
+    for (int j = 1; j <= n; ++j) {
+      rest -= system(i, j) * x[static_cast<std::size_t>(j - 1)];
+      row += std::abs(system(i, j));
+    }
+    worst = std::max(worst, std::abs(rest));
+    a_norm = std::max(a_norm, row);
+    x_norm = std::max(x_norm, std::abs(x[static_cast<std::size_t>(i - 1)]));
+  }
+  return worst / (a_norm * x_norm * n * 0x1p-53L);
+}
+
+TEST(LinearSystems, EqualThePlainDefinitionAndAreAccurate) {
+  for_matrices(1, [](int kind, int n, LongDoubles a) {
+    const Matrix<long double> given(a, n + 1);
+    Matrix<double> exchanged(a, n + 1), solved = exchanged;
+    LongDoubles rows = given.values, x(static_cast<std::size_t>(n));
+    ChangeRow_IJ(n / 3 + 1, n / 2 + 1, n, rows.data());
+    oracle::change_row(n / 3 + 1, n / 2 + 1, n, exchanged, n + 1);
+    EXPECT_TRUE(same(rows, exchanged.values));
+    Solve_System(n, a.data(), x.data());
+    EXPECT_TRUE(same(x, oracle::solve(n, solved)));
+    EXPECT_TRUE(same(a, solved.values));
+    if (kind <= nearly_singular) {
+      EXPECT_LE(residual(given, x), 8.0);
+    }
+    if (std::numeric_limits<long double>::digits > 53 && kind == random && n >= 10) {
+      Matrix<long double> wide = given;
+      EXPECT_FALSE(same(x, oracle::solve(n, wide))) << "wider arithmetic would go unnoticed";
+    }
+  });
+}
+
+TEST(DeterminantsAndInverses, EqualThePlainDefinition) {
+  int refused = 0;
+  for_matrices(0, [&](int, int n, LongDoubles a) {
+    const LongDoubles given = a, inverse = oracle::inverse(n, a), kept(a.size(), 7.0L);
+    LongDoubles separate = kept;
+    int returned = MatrixInversion(n, a.data(), separate.data());
+    EXPECT_EQ(returned, inverse.empty() ? 0 : 1);
+    EXPECT_TRUE(same(separate, returned == 1 ? inverse : kept));
+    MatrixInversion(n, a.data(), a.data());
+    EXPECT_TRUE(same(a, returned == 1 ? inverse : given));
+
+    a = given;
+    Matrix<double> plain(a, n);
+    double result = 7.0, expected = 7.0;
+    returned = LnAbsDeterminant(&result, n, a.data());
+    EXPECT_EQ(returned, oracle::ln_abs_determinant(expected, n, plain));
+    EXPECT_EQ(result, expected);
+    EXPECT_TRUE(same(a, plain.values));
+    refused += 1 - returned;
+  });
+  EXPECT_GT(refused, 100);
+}
+
+TEST(Inverses, OfABorderedMatrixAreTrue) {
+  long double plain[] = {0, 1, 2, 0}, bordered[] = {0, 1, 0, 2, 0, 0, 0, 0, 1};
+  EXPECT_EQ(MatrixInversion(2, plain, plain) + MatrixInversion(3, bordered, bordered), 2);
+  EXPECT_EQ(LongDoubles(plain, plain + 4), (LongDoubles{0, 0, 1, 1}));
+  EXPECT_EQ(LongDoubles(bordered, bordered + 9), (LongDoubles{0, 0.5L, 0, 1, 0, 0, 0, 0, 1}));
+}
+
+TEST(Products, EqualThePlainDefinitionAlsoOntoAFactor) {
+  for_matrices(1, [](int, int n, LongDoubles b) {
+    LongDoubles a = make_matrix(random, n, n), square = a;
+    Matrix_Multiply(square.data(), b.data(), square.data(), n, n, n);
+    EXPECT_TRUE(same(square, oracle::multiply<double>({a, n}, {b, n}, n, n, n)));
+    const int m = n / 2 + 1;
+    const auto expected = oracle::multiply<double>({a, n}, {b, n + 1}, m, n, n + 1);
+    Matrix_Multiply(a.data(), b.data(), b.data(), m, n, n + 1);
+    b.resize(expected.size());
+    EXPECT_TRUE(same(b, expected));
+    Matrix_Multiply(a.data(), b.data(), a.data(), n, -1, 1);
+    EXPECT_TRUE(std::all_of(a.begin(), a.begin() + n, [](auto value) { return value == 0; }));
+  });
+  double u[] = {2.0, -3.0, 0.5}, v[] = {4.0, 5.0, 6.0};
+  Vector_Multiply(u, v, v, 2);
+  EXPECT_EQ(std::vector(v, v + 3), (std::vector{8.0, -15.0, 6.0}));
+}
+
+// Like the Hilbert matrix 1/(i + j − 1), but every step is exact, and no row is exchanged.
+TEST(LinearSystems, WhatFractionsAllowIsExact) {
+  for (int n = 1; n <= 12; ++n) {
+    for (const bool integers : {true, false}) {
+      SCOPED_TRACE(testing::Message() << n << (integers ? ": min(i, j)" : ": 2^-max(i, j)"));
+      Matrix<long double> a(n, n), system(n, n + 1), inverse(n, n), identity(n, n);
+      LongDoubles x(static_cast<std::size_t>(n)), expected;
+      for (int i = 1; i <= n; ++i) {
+        for (int j = 1; j <= n; ++j) {
+          a(i, j) = system(i, j) = integers ? std::min(i, j) : std::ldexp(1.0L, -std::max(i, j));
+          system(i, n + 1) += a(i, j) * (j * j - 5);
+        }
+        identity(i, i) = 1;
+        expected.push_back(i * i - 5);
+      }
+      Solve_System(n, system.values.data(), x.data());
+      EXPECT_EQ(x, expected);
+      ASSERT_EQ(MatrixInversion(n, a.values.data(), inverse.values.data()), 1);
+      EXPECT_EQ(oracle::multiply(a, inverse, n, n, n), identity.values);
+      double logarithm = 7.0;
+      ASSERT_EQ(LnAbsDeterminant(&logarithm, n, a.values.data()), 1);
+      EXPECT_TRUE(logarithm == 0.0 || !integers);
+    }
+  }
+}
+
+TEST(LinearSystems, RowsAreComparedAsDoubles) {
+  const long double above_one = std::nextafter(1.0L, 2.0L);
+  LongDoubles a = {1, 2, 3, -above_one, 5, 6}, given = a;
+  ChangeRow_IJ(1, 1, 2, a.data());
+  EXPECT_EQ(a == given, std::numeric_limits<long double>::digits > 53);
+}
+
+TEST(LinearSystems, NothingIsDoneOutsideTheOrders) {
+  double result = 7.0;
+  EXPECT_EQ(LnAbsDeterminant(&result, 0, nullptr), 1);
+  EXPECT_EQ(result, 0.0);
+  EXPECT_EQ(MatrixInversion(-3, nullptr, nullptr), 1);
+  Solve_System(0, nullptr, nullptr);
+  for (const auto& [i, j] : {std::pair{0, 1}, {3, 1}, {1, 0}, {1, 4}}) {
+    ChangeRow_IJ(i, j, 2, nullptr);
+  }
+}
+
+}  // namespace
