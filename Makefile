@@ -4,7 +4,7 @@
 PREFIX = /usr/local
 DEMO_DIR = demo
 
-BUILD_PACKAGES = g++ cmake ninja-build libgdal-dev libcli11-dev
+BUILD_PACKAGES = g++ cmake ninja-build libgdal-dev libcli11-dev nlohmann-json3-dev
 TEST_PACKAGES = $(BUILD_PACKAGES) libgtest-dev libgmock-dev pkgconf
 LINT_PACKAGES = $(TEST_PACKAGES) clang clang-format clang-tidy
 BENCH_PACKAGES = $(BUILD_PACKAGES) libbenchmark-dev libfftw3-dev pkgconf

@@ -1,14 +1,15 @@
 // sarnum stats: extremes with their positions, mean and standard deviation of the first band.
 #include <sarnum/sarnum.h>
+#include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <limits>
 
 #include "commands.h"
 #include "description.h"
-#include "json.h"
 #include "progress.h"
 #include "raster_input.h"
 #include "report.h"
@@ -82,33 +83,48 @@ const char* quantity_of(const RasterInput& input) {
   return input.type().is_complex() ? "amplitude" : "value";
 }
 
+using Json = nlohmann::ordered_json;
+
+/// For what JSON lacks, the strings "Infinity", "-Infinity" and "NaN", which conversions to a
+/// number understand; null for no number.
+Json json_number(std::optional<double> value) {
+  if (!value) {
+    return nullptr;
+  }
+  if (std::isnan(*value)) {
+    return "NaN";
+  }
+  if (std::isinf(*value)) {
+    return *value > 0 ? "Infinity" : "-Infinity";
+  }
+  return *value;
+}
+
 std::string json(const RasterInput& input, const RunningStatistics& statistics) {
   const auto extreme = [&](const std::optional<RunningStatistics::Extreme>& found) {
-    std::optional<JsonObject> part;
-    if (found) {
-      part.emplace();
-      part->add_number("value", found->value);
-      part->add_integer("column", found->position % input.width());
-      part->add_integer("row", found->position / input.width());
-    }
-    return part;
+    return found ? Json{{"value", json_number(found->value)},
+                        {"column", found->position % input.width()},
+                        {"row", found->position / input.width()}}
+                 : Json();
   };
-  JsonObject object;
-  object.add_text("file", input.path());
-  object.add_integer("band", 1);
-  object.add_integer("width", input.width());
-  object.add_integer("height", input.height());
-  object.add_text("pixel_type", input.type().name);
-  object.add_text("quantity", quantity_of(input));
-  object.add_number("nodata", nodata_of(input.band()));
-  object.add_integer("valid", statistics.valid());
-  object.add_integer("invalid", statistics.seen() - statistics.valid());
-  object.add_integer("infinite", statistics.infinite());
-  object.add_object("min", extreme(statistics.minimum()));
-  object.add_object("max", extreme(statistics.maximum()));
-  object.add_number("mean", statistics.mean());
-  object.add_number("standard_deviation", statistics.standard_deviation());
-  return object.text();
+  const Json object = {
+      {"file", input.path()},
+      {"band", 1},
+      {"width", input.width()},
+      {"height", input.height()},
+      {"pixel_type", input.type().name},
+      {"quantity", quantity_of(input)},
+      {"nodata", json_number(nodata_of(input.band()))},
+      {"valid", statistics.valid()},
+      {"invalid", statistics.seen() - statistics.valid()},
+      {"infinite", statistics.infinite()},
+      {"min", extreme(statistics.minimum())},
+      {"max", extreme(statistics.maximum())},
+      {"mean", json_number(statistics.mean())},
+      {"standard_deviation", json_number(statistics.standard_deviation())},
+  };
+  // A file's name may be no UTF-8, which JSON must be: bytes that are not are replaced.
+  return object.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 
 std::string text(const RasterInput& input, const RunningStatistics& statistics) {
