@@ -11,7 +11,6 @@
 // flat spectrum without a window (I. G. Cumming and F. H. Wong, "Digital Processing of Synthetic
 // Aperture Radar Data", 2005, chapters 2 and 3). A plain matched filter comes that close to it
 // only because the product of bandwidth and pulse duration is large, here 2260.
-#include <gdal_priv.h>
 #include <sarnum/sarnum.h>
 
 #include <CLI/CLI.hpp>
@@ -26,6 +25,8 @@
 #include <filesystem>
 #include <string>
 #include <vector>
+
+#include "picture.h"
 
 namespace {
 
@@ -240,51 +241,30 @@ void print(std::size_t number, int line, const Response& response) {
 
 /// The lines before compression above those after it, a white bar between them. Grey is amplitude
 /// from −40 dB (black) to +5 dB (white); a pixel shows the strongest of 8 samples in range.
-class Picture {
+class LinesPicture : public Picture {
  public:
-  void draw(bool compressed, int line, const Line& values) {
-    const auto row = static_cast<std::size_t>(compressed ? lines + bar + line : line);
-    for (std::size_t n = 0; n < samples; ++n) {
-      const double db = 20.0 * std::log10(std::hypot(values.re[n], values.im[n]) + 1e-30);
-      const double grey = std::clamp(255.0 * (db + 40.0) / 45.0, 0.0, 255.0);
-      std::uint8_t& pixel = pixels_[row * width + n / samples_per_pixel];
-      pixel = std::max(pixel, static_cast<std::uint8_t>(grey));
+  LinesPicture() : Picture(width, 2 * lines + bar, 0) {
+    for (int row = lines; row < lines + bar; ++row) {
+      for (int column = 0; column < width; ++column) {
+        at(column, row) = 255;
+      }
     }
   }
 
-  /// False when GDAL could not write it (it has said why).
-  bool write(const std::string& path) {
-    GDALAllRegister();
-    GDALDriver* const memory = GetGDALDriverManager()->GetDriverByName("MEM");
-    GDALDriver* const png = GetGDALDriverManager()->GetDriverByName("PNG");
-    if (memory == nullptr || png == nullptr) {
-      std::fprintf(stderr, "range_compression: this GDAL has no PNG driver\n");
-      return false;
+  void draw(bool compressed, int line, const Line& values) {
+    const int row = compressed ? lines + bar + line : line;
+    for (std::size_t n = 0; n < samples; ++n) {
+      const double db = 20.0 * std::log10(std::hypot(values.re[n], values.im[n]) + 1e-30);
+      const double grey = std::clamp(255.0 * (db + 40.0) / 45.0, 0.0, 255.0);
+      std::uint8_t& pixel = at(static_cast<int>(n) / samples_per_pixel, row);
+      pixel = std::max(pixel, static_cast<std::uint8_t>(grey));
     }
-    GDALDatasetUniquePtr image(memory->Create("", width, height, 1, GDT_Byte, nullptr));
-    if (!image ||
-        image->GetRasterBand(1)->RasterIO(GF_Write, 0, 0, width, height, pixels_.data(), width,
-                                          height, GDT_Byte, 0, 0, nullptr) != CE_None) {
-      return false;
-    }
-    CPLErrorReset();
-    GDALDatasetUniquePtr file(
-        png->CreateCopy(path.c_str(), image.get(), FALSE, nullptr, nullptr, nullptr));
-    const bool created = file != nullptr;
-    file.reset();
-    return created && CPLGetLastErrorType() != CE_Failure;
   }
 
  private:
   static constexpr int samples_per_pixel = 8;
   static constexpr int bar = 8;
   static constexpr int width = static_cast<int>(samples) / samples_per_pixel;
-  static constexpr int height = 2 * lines + bar;
-  std::vector<std::uint8_t> pixels_ = [] {
-    std::vector<std::uint8_t> pixels(std::size_t{width} * height);
-    std::fill_n(pixels.begin() + std::ptrdiff_t{width} * lines, width * bar, std::uint8_t{255});
-    return pixels;
-  }();
 };
 
 }  // namespace
@@ -298,7 +278,7 @@ int main(int argc, char** argv) try {
   CLI11_PARSE(app, argc, argv);
 
   Line reference = reference_spectrum();
-  Picture picture;
+  LinesPicture picture;
   for (int line = 0; line < lines; ++line) {
     const Line raw = simulate_echo(line);
     const Line compressed = compress(raw, reference);
