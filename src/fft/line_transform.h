@@ -7,7 +7,7 @@
 // two-dimensional transform made of it divides each line by its length.
 #pragma once
 
-#include "fft/radix2.h"
+#include "fft/transform.h"
 
 namespace sarnum {
 
@@ -22,7 +22,8 @@ struct ForwardLine {
 
   template <class Real>
   void operator()(Real* re, Real* im, const Twiddles<double>& twiddles) const {
-    radix2<Arithmetic<double, Real>, Direction::forward>(SplitSamples<Real>{re, im}, twiddles);
+    transform<Arithmetic<double, Real>, Direction::forward>(SplitSamples<Real>{re, im},
+                                                            twiddles.exponent(), twiddles);
   }
 };
 
@@ -31,7 +32,8 @@ struct InverseLine {
 
   template <class Real>
   void operator()(Real* re, Real* im, const Twiddles<double>& twiddles) const {
-    radix2<Arithmetic<double, float>, Direction::inverse>(SplitSamples<Real>{re, im}, twiddles);
+    transform<Arithmetic<double, float>, Direction::inverse>(SplitSamples<Real>{re, im},
+                                                             twiddles.exponent(), twiddles);
   }
 };
 

@@ -6,7 +6,8 @@
 // butterflies compute in and the type each result is rounded to (Arithmetic), where the
 // twiddles come from, and the direction. Whether an inverse divides by the length is up to it. Each
 // result depends on the order of the operations written down below; no other order, and no fused
-// multiply-add, may take its place.
+// multiply-add, may take its place. These plain forms define the values; transform.h has the choice
+// between them and the kernels that give the same values faster.
 #pragma once
 
 #include <cstddef>
@@ -141,13 +142,6 @@ void divide_by_length(Samples x, int m) {
     const auto value = x.load(i);
     x.store(i, {value.re / divisor, value.im / divisor});
   }
-}
-
-/// A whole transform without scaling, with the twiddles of its length.
-template <class Arithmetic, Direction direction, class Samples>
-void radix2(Samples x, const Twiddles<typename Arithmetic::Real>& twiddles) {
-  butterflies<Arithmetic, direction>(x, twiddles.exponent(), twiddles);
-  permute_bit_reversed(x, twiddles.exponent());
 }
 
 }  // namespace sarnum

@@ -1,7 +1,7 @@
 // The reference transforms in double precision: split layout, twiddles computed for the call.
 #include "sarnum/fft/reference.h"
 
-#include "fft/radix2.h"
+#include "fft/transform.h"
 #include "numeric/pi.h"
 
 namespace {
@@ -15,7 +15,7 @@ void transform(double* re, double* im, int m) {
     return;
   }
   const sarnum::Twiddles<double> twiddles(sarnum::pi * 2.0, m);
-  sarnum::radix2<Arithmetic, direction>(sarnum::SplitSamples<double>{re, im}, twiddles);
+  sarnum::transform<Arithmetic, direction>(sarnum::SplitSamples<double>{re, im}, m, twiddles);
 }
 
 }  // namespace

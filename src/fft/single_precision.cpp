@@ -1,7 +1,7 @@
 // The free transforms of float arrays: everything in single precision, inverses divided by N.
 #include "sarnum/fft/single_precision.h"
 
-#include "fft/radix2.h"
+#include "fft/transform.h"
 #include "numeric/pi.h"
 
 namespace {
@@ -15,11 +15,10 @@ void transform(Samples x, int m) {
   if (!sarnum::is_transform_exponent(m)) {
     return;
   }
+  constexpr auto scaling =
+      direction == Direction::inverse ? sarnum::Scaling::by_length : sarnum::Scaling::none;
   const sarnum::Twiddles<float> twiddles(static_cast<float>(sarnum::pi) * 2.0F, m);
-  sarnum::radix2<sarnum::Arithmetic<float, float>, direction>(x, twiddles);
-  if constexpr (direction == Direction::inverse) {
-    sarnum::divide_by_length(x, m);
-  }
+  sarnum::transform<sarnum::Arithmetic<float, float>, direction, scaling>(x, m, twiddles);
 }
 
 }  // namespace

@@ -3,8 +3,8 @@
 // past their ends, so a call is checked once against the length they serve.
 #include "sarnum/fft/table_driven.h"
 
-#include "fft/radix2.h"
 #include "fft/table_state.h"
+#include "fft/transform.h"
 
 namespace {
 
@@ -16,13 +16,24 @@ using sarnum::SplitSamples;
 /// reversals, because it is reversed over one bit less than an element.
 template <class Real>
 struct TableTwiddles {
-  const int* bit_reversal = sarnum::table_state.bit_reversal.data();
-  const double* cosine = sarnum::table_state.cosine.data();
-  const double* sine = sarnum::table_state.sine.data();
+  const sarnum::TableState& tables = sarnum::table_state;
 
   sarnum::Twiddle<Real> operator()(std::size_t group) const {
-    const int r = bit_reversal[2 * group];
-    return {static_cast<Real>(cosine[r]), static_cast<Real>(sine[r])};
+    const auto r = static_cast<std::size_t>(tables.bit_reversal[2 * group]);
+    return {static_cast<Real>(tables.cosine[r]), static_cast<Real>(tables.sine[r])};
+  }
+
+  template <class Samples>
+  void permute(Samples x) const {
+    for (std::size_t pair = 0; pair < static_cast<std::size_t>(tables.swap_count); ++pair) {
+      sarnum::exchange(x, static_cast<std::size_t>(tables.swap_pairs[2 * pair]),
+                       static_cast<std::size_t>(tables.swap_pairs[2 * pair + 1]));
+    }
+  }
+
+  const sarnum::Level& level() const { return sarnum::level_in_use(); }
+  std::optional<sarnum::KernelTwiddles<Real>> for_kernels() const {
+    return tables.kernel_table<Real>().twiddles(level(), *tables.ready_exponent);
   }
 };
 
@@ -32,16 +43,10 @@ void transform(Samples x, int m) {
   if (sarnum::table_state.ready_exponent != m) {
     return;
   }
-  sarnum::butterflies<sarnum::Arithmetic<Real, Real>, direction>(x, m, TableTwiddles<Real>{});
-  const int* const pairs = sarnum::table_state.swap_pairs.data();
-  const auto swap_count = static_cast<std::size_t>(sarnum::table_state.swap_count);
-  for (std::size_t pair = 0; pair < swap_count; ++pair) {
-    sarnum::exchange(x, static_cast<std::size_t>(pairs[2 * pair]),
-                     static_cast<std::size_t>(pairs[2 * pair + 1]));
-  }
-  if constexpr (direction == Direction::inverse) {
-    sarnum::divide_by_length(x, m);
-  }
+  constexpr auto scaling =
+      direction == Direction::inverse ? sarnum::Scaling::by_length : sarnum::Scaling::none;
+  sarnum::transform<sarnum::Arithmetic<Real, Real>, direction, scaling>(x, m,
+                                                                        TableTwiddles<Real>{});
 }
 
 }  // namespace

@@ -5,6 +5,9 @@
 #include <memory>
 #include <new>
 #include <optional>
+#include <type_traits>
+
+#include "fft/kernels/level.h"
 
 namespace sarnum {
 
@@ -40,6 +43,32 @@ class TableArray {
   std::size_t capacity_ = 0;
 };
 
+/// The twiddles once more, in Real and in the order of the kernels. Without storage for it the
+/// transforms take their plain form.
+template <class Real>
+class KernelTable {
+ public:
+  /// Derives the table for length 2^m from cosines and sines in the order of the angles.
+  void fill(const Level& level, int m, const TableArray<double>& cosine,
+            const TableArray<double>& sine);
+  void release() {
+    entries_.release();
+    v_ = 0;
+  }
+
+  /// What is here for a level and a length 2^m.
+  std::optional<KernelTwiddles<Real>> twiddles(const Level& level, int m) const {
+    if (v_ == 0 || v_ != lane_exponent<Real>(level, m)) {
+      return std::nullopt;
+    }
+    return KernelTwiddles<Real>{entries_.data(), entries_.data() + (std::size_t{1} << m), 2, 1};
+  }
+
+ private:
+  TableArray<Real> entries_;  ///< vectors, then the pairs of their first lanes, without gaps
+  int v_ = 0;                 ///< lanes, as exponent; 0: nothing is here
+};
+
 struct TableState {
   int largest_exponent = 0;           ///< largest m ever given to init_ibitr(); it only grows
   int swap_count = 0;                 ///< pairs in the list, for the last m
@@ -48,6 +77,17 @@ struct TableState {
   TableArray<double> cosine;
   TableArray<double> sine;
   TableArray<int> swap_pairs;
+  KernelTable<double> double_kernels;
+  KernelTable<float> float_kernels;
+
+  template <class Real>
+  const KernelTable<Real>& kernel_table() const {
+    if constexpr (std::is_same_v<Real, double>) {
+      return double_kernels;
+    } else {
+      return float_kernels;
+    }
+  }
 
   void release();
 };

@@ -2,7 +2,8 @@
 //
 // Arrays are released only when a larger m than ever before comes, which is what callers count
 // on: a table pointer of theirs stays valid from one length to a smaller one. Each array carries
-// a few entries of slack beyond those that are filled.
+// a few entries of slack beyond those that are filled. The kernels' own copies of the twiddles are
+// derived last: they are no part of a call's success.
 #include "sarnum/fft/tables.h"
 
 #include "fft/bit_reversal.h"
@@ -20,6 +21,26 @@ void TableState::release() {
   cosine.release();
   sine.release();
   swap_pairs.release();
+  double_kernels.release();
+  float_kernels.release();
+}
+
+template <class Real>
+void KernelTable<Real>::fill(const Level& level, int m, const TableArray<double>& cosine,
+                             const TableArray<double>& sine) {
+  const std::size_t n = std::size_t{1} << m;
+  const LaneOrder order{m, lane_exponent<Real>(level, m)};
+  v_ = 0;
+  if (order.v == 0 || !entries_.reserve(n + 2 * order.vectors())) {
+    return;
+  }
+  Real* const table = &entries_[0];
+  order.fill(table, [&](std::size_t angle) { return Twiddle<double>{cosine[angle], sine[angle]}; });
+  for (std::size_t group = 0; group < order.vectors(); ++group) {
+    table[n + 2 * group] = table[order.cosine_of(group)];
+    table[n + 2 * group + 1] = table[order.cosine_of(group) + order.lanes()];
+  }
+  v_ = order.v;
 }
 
 }  // namespace sarnum
@@ -80,6 +101,9 @@ int init_ibitr(int m) {
       tables.swap_pairs[end++] = tables.bit_reversal[i];
     }
   }
+  const sarnum::Level& level = sarnum::level_in_use();
+  tables.double_kernels.fill(level, m, tables.cosine, tables.sine);
+  tables.float_kernels.fill(level, m, tables.cosine, tables.sine);
   tables.ready_exponent = m;
   return 0;
 }

@@ -9,9 +9,10 @@
 #include <cstddef>
 #include <memory>
 #include <new>
-#include <utility>
+#include <optional>
 
 #include "fft/bit_reversal.h"
+#include "fft/kernels/level.h"
 
 namespace sarnum {
 
@@ -30,37 +31,96 @@ Twiddle<Real> twiddle_at(Real two_pi, int r, int n) {
   return {std::cos(x), std::sin(x)};
 }
 
-/// The twiddles of length 2^m in group order, each computed once. When there is no storage for
-/// them they are computed at each use: slower, the same values.
+/// Where the kernels want the twiddles of length 2^m when a vector has 2^v lanes. A vector holds
+/// adjacent angles, cosines before sines, and vectors stand in the bit-reversed order of their
+/// angles: the first lanes of the vectors are then the twiddles of the groups 0, 1, 2, … (all
+/// that is needed before the last v stages), and each of the last v stages reads whole vectors one
+/// after another. With v = 0 this is the order of the groups.
+struct LaneOrder {
+  int m;
+  int v;
+
+  std::size_t lanes() const { return std::size_t{1} << v; }
+  std::size_t vectors() const { return ((std::size_t{1} << m) / 2) >> v; }
+
+  /// Index of the first angle of a vector.
+  std::size_t first_angle(std::size_t vector) const {
+    return static_cast<std::size_t>(reverse_low_bits(static_cast<int>(vector), m - 1 - v)) << v;
+  }
+
+  /// Where the cosine of a group stands; its sine stands lanes() further on.
+  std::size_t cosine_of(std::size_t group) const {
+    const std::size_t vector = group & (vectors() - 1);
+    const auto lane = reverse_low_bits(static_cast<int>(group >> (m - 1 - v)), v);
+    return 2 * lanes() * vector + static_cast<std::size_t>(lane);
+  }
+
+  /// @param table      2·lanes()·vectors() entries to fill.
+  /// @param twiddle_at the twiddle of an angle, by index.
+  template <class Real, class TwiddleAt>
+  void fill(Real* table, const TwiddleAt& twiddle_at) const {
+    for (std::size_t vector = 0; vector < vectors(); ++vector) {
+      const std::size_t first = first_angle(vector);
+      for (std::size_t lane = 0; lane < lanes(); ++lane) {
+        const auto twiddle = twiddle_at(first + lane);
+        table[2 * lanes() * vector + lane] = static_cast<Real>(twiddle.c);
+        table[2 * lanes() * vector + lanes() + lane] = static_cast<Real>(twiddle.s);
+      }
+    }
+  }
+};
+
+/// The twiddles of length 2^m, each computed once, in the order for the level in use. When there is
+/// no storage for them they are computed at each use: slower, the same values.
 template <class Real>
 class Twiddles {
  public:
   /// @param m  0 … 30.
-  Twiddles(Real two_pi, int m) : two_pi_(two_pi), m_(m) {
-    const std::size_t count = (std::size_t{1} << m) / 2;
-    std::unique_ptr<Twiddle<Real>[]> table(new (std::nothrow) Twiddle<Real>[count]);
-    if (table != nullptr) {
-      for (std::size_t group = 0; group < count; ++group) {
-        table[group] = compute(group);
-      }
-      table_ = std::move(table);
+  Twiddles(Real two_pi, int m)
+      : two_pi_(two_pi), level_(level_in_use()), order_{m, lane_exponent<Real>(level_, m)} {
+    table_.reset(new (std::nothrow) Real[2 * order_.lanes() * order_.vectors()]);
+    if (table_ != nullptr) {
+      order_.fill(table_.get(), [this](std::size_t angle) { return compute(angle); });
     }
   }
 
-  int exponent() const { return m_; }
+  int exponent() const { return order_.m; }
 
+  /// The twiddle of a group.
   Twiddle<Real> operator()(std::size_t group) const {
-    return table_ != nullptr ? table_[group] : compute(group);
+    if (table_ == nullptr) {
+      return compute(
+          static_cast<std::size_t>(reverse_low_bits(static_cast<int>(group), order_.m - 1)));
+    }
+    const Real* const cosine = table_.get() + order_.cosine_of(group);
+    return {cosine[0], cosine[order_.lanes()]};
+  }
+
+  /// Brings the results of the plain form into natural order.
+  template <class Samples>
+  void permute(Samples x) const {
+    permute_bit_reversed(x, order_.m);
+  }
+
+  const Level& level() const { return level_; }
+
+  /// What the kernels of the level read, if there is one for this length.
+  std::optional<KernelTwiddles<Real>> for_kernels() const {
+    if (table_ == nullptr || order_.v == 0) {
+      return std::nullopt;
+    }
+    return KernelTwiddles<Real>{table_.get(), table_.get(), 2 * order_.lanes(), order_.lanes()};
   }
 
  private:
-  Twiddle<Real> compute(std::size_t group) const {
-    return twiddle_at(two_pi_, reverse_low_bits(static_cast<int>(group), m_ - 1), 1 << m_);
+  Twiddle<Real> compute(std::size_t angle) const {
+    return twiddle_at(two_pi_, static_cast<int>(angle), 1 << order_.m);
   }
 
   Real two_pi_;
-  int m_;
-  std::unique_ptr<Twiddle<Real>[]> table_;
+  const Level& level_;
+  LaneOrder order_;
+  std::unique_ptr<Real[]> table_;
 };
 
 }  // namespace sarnum

@@ -1,0 +1,65 @@
+// The levels of machine instructions that the fast forms of the transforms are compiled for.
+//
+// Every level is compiled from the same source (passes.h) and gives the values of the plain forms
+// in radix2.h; what differs is the number of lanes of a vector. The scalar level has no kernels:
+// there the plain forms do all the work.
+#pragma once
+
+#include <cstddef>
+#include <span>
+
+namespace sarnum {
+
+/// Twiddles as the kernels read them: see LaneOrder in twiddles.h for the order of `lanes`.
+template <class Real>
+struct KernelTwiddles {
+  const Real* lanes;         ///< all twiddles, in vectors of cosines and vectors of sines
+  const Real* groups;        ///< cosine of group 0; that of group g is g·group_stride further on
+  std::size_t group_stride;  ///< in Reals
+  std::size_t sine_offset;   ///< from the cosine of a group to its sine
+};
+
+/// One level. Its transforms, of 2^m elements with m ≥ least_kernel_exponent, are forward ones;
+/// each result is multiplied by `scale` at the end. An inverse transform is a forward one with the
+/// real and the imaginary parts in each other's place.
+struct Level {
+  const char* name;
+  int vector_bytes;  ///< 0: there are no kernels
+
+  /// Everything in double, everything in float.
+  void (*double_split)(double* re, double* im, int m, const KernelTwiddles<double>&, double scale);
+  void (*float_split)(float* re, float* im, int m, const KernelTwiddles<float>&, float scale);
+  void (*float_interleaved)(float* data, bool inverse, int m, const KernelTwiddles<float>&,
+                            float scale);
+  /// Computed in double, each butterfly result rounded to float.
+  void (*double_rounded)(double* re, double* im, int m, const KernelTwiddles<double>&,
+                         double scale);
+  void (*float_rounded)(float* re, float* im, int m, const KernelTwiddles<double>&, float scale);
+};
+
+constexpr int least_kernel_exponent = 4;
+
+/// The base-2 logarithm of the lanes that the kernels of a level use for a length 2^m, when they
+/// compute in Real; 0 when there is no kernel.
+template <class Real>
+int lane_exponent(const Level& level, int m) {
+  int exponent = 0;
+  if (m >= least_kernel_exponent) {
+    while ((sizeof(Real) << (exponent + 1)) <= static_cast<std::size_t>(level.vector_bytes) &&
+           2 * (exponent + 1) <= m) {
+      ++exponent;
+    }
+  }
+  return exponent;
+}
+
+/// The levels that this CPU can run, the plainest first.
+std::span<const Level* const> runnable_levels();
+
+/// The level that transforms use: the last of the runnable ones, unless another is forced.
+const Level& level_in_use();
+
+/// Makes transforms use `level`, or the best one again for null. For tests, between transforms.
+void force_level(const Level* level);
+
+}  // namespace sarnum

@@ -1,0 +1,463 @@
+// The transforms of radix2.h in vectors: the same operations on the same operands, in an order
+// that moves data less. Included once by the source of each level.
+//
+// - The stages before the last log2(lanes) are done two or three at a time: 4 or 8 elements that
+//   depend only on each other are loaded, taken through the stages in registers and stored (pass).
+//   A block is finished before its neighbour, so that every cache is used as far as it reaches
+//   (passes_of).
+// - The last log2(lanes) stages and the bit reversal are one pass over square tiles (tile_pass).
+//
+// Everything here has internal linkage and nothing of the standard library is called: an inline
+// function made of a level's instructions must never be the copy of it that the linker keeps for
+// callers on lesser CPUs.
+#pragma once
+
+#include <cstddef>
+
+#include "fft/kernels/level.h"
+
+#if defined(__AVX512F__) && !defined(__clang__)
+#include <immintrin.h>
+#endif
+
+#define SARNUM_CONCATENATED(a, b) a##b
+#define SARNUM_TABLE_OF(level) SARNUM_CONCATENATED(level_, level)
+#define SARNUM_QUOTED(text) #text
+#define SARNUM_NAME_OF(level) SARNUM_QUOTED(level)
+#define SARNUM_INLINE inline __attribute__((always_inline))
+
+namespace sarnum {
+namespace {
+
+using std::size_t;
+
+/// Below this many bytes a block goes through its passes whole, rather than part after part.
+constexpr size_t near_cache = 65536;
+
+// --- Vectors -----------------------------------------------------------------------------------
+
+template <class T, int lanes>
+struct VectorOf {
+  using Type __attribute__((vector_size(lanes * sizeof(T)))) = T;
+};
+template <class T, int lanes>
+using Vector = typename VectorOf<T, lanes>::Type;
+
+/// Real and imaginary parts, or cosines and sines.
+template <class Part>
+struct Pair {
+  Part re;
+  Part im;
+};
+
+template <int value>
+struct Constant {
+  constexpr operator int() const { return value; }
+};
+
+/// body(Constant<0>), …, body(Constant<count − 1>): arrays indexed by these stay in registers.
+template <int count, class Body>
+SARNUM_INLINE void unrolled(const Body& body) {
+  if constexpr (count > 0) {
+    unrolled<count - 1>(body);
+    body(Constant<count - 1>{});
+  }
+}
+
+constexpr int reverse(int x, int bits) {
+  unsigned reversed = 0;
+  for (int bit = 0; bit < bits; ++bit) {
+    reversed = 2 * reversed + ((static_cast<unsigned>(x) >> bit) & 1U);
+  }
+  return static_cast<int>(reversed);
+}
+
+constexpr int log2_of(int power) {
+  return power == 1 ? 0 : 1 + log2_of(power / 2);
+}
+
+template <int... index>
+struct Indices {};
+template <int count, int... index>
+struct IndicesTo : IndicesTo<count - 1, count - 1, index...> {};
+template <int... index>
+struct IndicesTo<0, index...> {
+  using Type = Indices<index...>;
+};
+
+/// Lane l of the result is lane Pick::from(l) of a and b laid end to end.
+template <class Pick, class Vec, int... lane>
+SARNUM_INLINE Vec shuffle(Vec a, Vec b, Indices<lane...>) {
+  return __builtin_shufflevector(a, b, Pick::from(lane)...);
+}
+
+template <class Pick, int lanes, class Vec>
+SARNUM_INLINE Vec shuffle(Vec a, Vec b) {
+  return shuffle<Pick>(a, b, typename IndicesTo<lanes>::Type{});
+}
+
+/// Every second lane.
+template <int first>
+struct Alternate {
+  static constexpr int from(int lane) { return 2 * lane + first; }
+};
+
+/// Lanes of a and b in turn, from the lower (part 0) or the upper halves.
+template <int part, int lanes>
+struct Interleave {
+  static constexpr int from(int lane) {
+    return part * lanes / 2 + lane / 2 + (lane % 2 == 0 ? 0 : lanes);
+  }
+};
+
+/// One part of two rows in a transposition: blocks of `distance` lanes off the diagonal change
+/// places.
+template <int part, int distance, int lanes>
+struct Transposed {
+  static constexpr int from(int lane) {
+    const bool of_second = (lane & distance) != 0;
+    return (lane & ~distance) + part * distance + (of_second ? lanes : 0);
+  }
+};
+
+/// Rows become columns, for as many vectors as they have lanes.
+template <int lanes, class Part, class Row>
+SARNUM_INLINE void transpose(Row* rows, Part Row::*part) {
+  unrolled<log2_of(lanes)>([&](auto step) {
+    constexpr int distance = lanes >> (step + 1);
+    unrolled<lanes / 2>([&](auto pair) {
+      constexpr int first = pair / distance * 2 * distance + pair % distance;
+      const Part a = rows[first].*part;
+      const Part b = rows[first + distance].*part;
+      rows[first].*part = shuffle<Transposed<0, distance, lanes>, lanes>(a, b);
+      rows[first + distance].*part = shuffle<Transposed<1, distance, lanes>, lanes>(a, b);
+    });
+  });
+}
+
+template <class Vec, class Element>
+SARNUM_INLINE Vec read(const Element* from) {
+  Vec value;
+  __builtin_memcpy(&value, from, sizeof value);
+  return value;
+}
+
+template <class To, class From>
+SARNUM_INLINE To convert(From value) {
+#if defined(__AVX512F__) && !defined(__clang__)
+  // g++ 12 widens this one half by half.
+  if constexpr (sizeof(From) == 32 && sizeof(To) == 64) {
+    return reinterpret_cast<To>(_mm512_maskz_cvtps_pd(0xff, reinterpret_cast<__m256>(value)));
+  }
+#endif
+  return __builtin_convertvector(value, To);
+}
+
+// --- Arithmetic --------------------------------------------------------------------------------
+
+/// Elements of type Stored, computed on in Real; each butterfly result is rounded to Rounded.
+template <class Stored, class Real, class Rounded, int lane_count>
+struct Arithmetic {
+  using Element = Stored;
+  using Computed = Real;
+  using Vec = Vector<Real, lane_count>;
+  using Value = Pair<Vec>;
+  static constexpr int lanes = lane_count;
+
+  static SARNUM_INLINE Vec load(const Stored* from) {
+    return convert<Vec>(read<Vector<Stored, lanes>>(from));
+  }
+
+  static SARNUM_INLINE void store(Stored* to, Vec value) {
+    const auto stored = convert<Vector<Stored, lanes>>(value);
+    __builtin_memcpy(to, &stored, sizeof stored);
+  }
+
+  static SARNUM_INLINE Vec round(Vec value) {
+    return convert<Vec>(convert<Vector<Rounded, lanes>>(value));
+  }
+
+  template <class Twiddle>
+  static SARNUM_INLINE void butterfly(Value& a, Value& b, Twiddle w) {
+    const Vec t_re = b.re * w.re + b.im * w.im;
+    const Vec t_im = b.im * w.re - b.re * w.im;
+    b = {round(a.re - t_re), round(a.im - t_im)};
+    a = {round(a.re + t_re), round(a.im + t_im)};
+  }
+
+  /// The last `stages` stages of the 2^stages elements of x. twiddle_of(stage, group) is given
+  /// constants.
+  template <int stages, class TwiddleOf>
+  static SARNUM_INLINE void butterflies(Value* x, const TwiddleOf& twiddle_of) {
+    unrolled<stages>([&](auto stage) {
+      constexpr int half = 1 << (stages - 1 - stage);
+      unrolled<(1 << stage)>([&](auto group) {
+        const auto w = twiddle_of(stage, group);
+        unrolled<half>(
+            [&](auto i) { butterfly(x[group * 2 * half + i], x[group * 2 * half + half + i], w); });
+      });
+    });
+  }
+};
+
+// --- Where elements lie: `i` is a multiple of the lanes ----------------------------------------
+
+template <class Arithmetic>
+struct SplitVectors {
+  using Element = typename Arithmetic::Element;
+
+  Element* re;
+  Element* im;
+
+  SplitVectors from(size_t i) const { return {re + i, im + i}; }
+  SARNUM_INLINE typename Arithmetic::Value load(size_t i) const {
+    return {Arithmetic::load(re + i), Arithmetic::load(im + i)};
+  }
+  SARNUM_INLINE void store(size_t i, typename Arithmetic::Value value) const {
+    Arithmetic::store(re + i, value.re);
+    Arithmetic::store(im + i, value.im);
+  }
+};
+
+/// Real and imaginary parts in turn; `swapped` takes each for the other.
+template <class Arithmetic, bool swapped>
+struct InterleavedVectors {
+  using Value = typename Arithmetic::Value;
+  static constexpr int lanes = Arithmetic::lanes;
+
+  typename Arithmetic::Element* data;
+
+  SARNUM_INLINE Value load(size_t i) const {
+    const auto a = Arithmetic::load(data + 2 * i);
+    const auto b = Arithmetic::load(data + 2 * i + lanes);
+    return {shuffle<Alternate<swapped ? 1 : 0>, lanes>(a, b),
+            shuffle<Alternate<swapped ? 0 : 1>, lanes>(a, b)};
+  }
+  SARNUM_INLINE void store(size_t i, Value value) const {
+    const auto first = swapped ? value.im : value.re;
+    const auto second = swapped ? value.re : value.im;
+    Arithmetic::store(data + 2 * i, shuffle<Interleave<0, lanes>, lanes>(first, second));
+    Arithmetic::store(data + 2 * i + lanes, shuffle<Interleave<1, lanes>, lanes>(first, second));
+  }
+};
+
+/// What interleaved data become between the first and the last pass: real and imaginary parts
+/// vector by vector, in the place of the elements they belong to.
+template <class Arithmetic>
+struct BlockedVectors {
+  typename Arithmetic::Element* data;
+
+  BlockedVectors from(size_t i) const { return {data + 2 * i}; }
+  SARNUM_INLINE typename Arithmetic::Value load(size_t i) const {
+    return {Arithmetic::load(data + 2 * i), Arithmetic::load(data + 2 * i + Arithmetic::lanes)};
+  }
+  SARNUM_INLINE void store(size_t i, typename Arithmetic::Value value) const {
+    Arithmetic::store(data + 2 * i, value.re);
+    Arithmetic::store(data + 2 * i + Arithmetic::lanes, value.im);
+  }
+};
+
+// --- Passes ------------------------------------------------------------------------------------
+
+/// `stages` stages of each of `groups` adjoining blocks. The first of them is group `first_group`
+/// of its stage.
+template <int stages, class A, class In, class Out>
+void pass(In in, Out out, size_t block, size_t first_group, size_t groups,
+          const KernelTwiddles<typename A::Computed>& w) {
+  using Real = typename A::Computed;
+  constexpr int parts = 1 << stages;
+  const size_t step = block / parts;
+  for (size_t group = 0; group < groups; ++group) {
+    Pair<Real> twiddles[parts - 1];
+    unrolled<stages>([&](auto stage) {
+      unrolled<(1 << stage)>([&](auto k) {
+        const size_t number = ((first_group + group) << stage) + k;
+        const Real* const cosine = w.groups + number * w.group_stride;
+        twiddles[(1 << stage) - 1 + k] = {cosine[0], cosine[w.sine_offset]};
+      });
+    });
+    const size_t begin = group * block;
+    for (size_t i = begin; i < begin + step; i += A::lanes) {
+      typename A::Value x[parts];
+      unrolled<parts>([&](auto part) { x[part] = in.load(i + part * step); });
+      A::template butterflies<stages>(
+          x, [&](auto stage, auto k) { return twiddles[(1 << stage) - 1 + k]; });
+      unrolled<parts>([&](auto part) { out.store(i + part * step, x[part]); });
+    }
+  }
+}
+
+/// Stages to do at once of those that are left. Where eight parts of a block would stand a multiple
+/// of 4096 bytes apart, their lines compete for the same few places of a first-level cache.
+template <class Element>
+int fused_stages(size_t block, int left) {
+  if (left == 2 || left == 4) {
+    return 2;
+  }
+  return left > 4 && block / 8 * sizeof(Element) % 4096 == 0 ? 2 : 3;
+}
+
+template <class A, class In, class Out>
+void fused_pass(int stages, In in, Out out, size_t block, size_t first_group, size_t groups,
+                const KernelTwiddles<typename A::Computed>& w) {
+  if (stages == 2) {
+    pass<2, A>(in, out, block, first_group, groups, w);
+  } else {
+    pass<3, A>(in, out, block, first_group, groups, w);
+  }
+}
+
+/// The next `left` stages (two or more) of one block.
+template <class A, class In, class Out>
+void passes_of(In in, Out out, size_t block, size_t group, int left,
+               const KernelTwiddles<typename A::Computed>& w) {
+  const bool is_near = block * 2 * sizeof(typename A::Element) <= near_cache;
+  int stages = fused_stages<typename A::Element>(block, left);
+  fused_pass<A>(stages, in, out, block, group, 1, w);
+  if (!is_near) {
+    const size_t part = block >> stages;
+    for (size_t k = 0; k < size_t{1} << stages && left > stages; ++k) {
+      const auto inner = out.from(k * part);
+      passes_of<A>(inner, inner, part, (group << stages) + k, left - stages, w);
+    }
+    return;
+  }
+  size_t groups = 1;
+  while ((left -= stages) > 0) {
+    block >>= stages;
+    group <<= stages;
+    groups <<= stages;
+    stages = fused_stages<typename A::Element>(block, left);
+    fused_pass<A>(stages, out, out, block, group, groups, w);
+  }
+}
+
+// --- Tiles -------------------------------------------------------------------------------------
+//
+// After the passes 2^(m − v) blocks of 2^v elements are left, v = log2(lanes). Element k of block
+// j·2^(m − 2v) + t has the number (j, t, k), digit by digit, and belongs at rev(k), rev(t), rev(j):
+// the elements with one t are a square tile whose results fill the places of tile rev(t). With the
+// blocks of a tile loaded in the order rev(j) and transposed, lane l has the twiddles of the index
+// that ends in rev(t), l, which are adjacent in the order of the angles.
+
+template <class A>
+struct Tile {
+  static constexpr int v = log2_of(A::lanes);
+
+  typename A::Value x[A::lanes];
+
+  /// Twiddles of stage v − 1 − skipped, a lane's angle 2^skipped steps from the next lane's: lanes
+  /// at this distance, from `2^skipped` vectors of the table.
+  template <int skipped>
+  static SARNUM_INLINE typename A::Value twiddles(const typename A::Computed* lanes, int m,
+                                                  size_t index) {
+    if constexpr (skipped == 0) {
+      const auto* const cosines = lanes + 2 * A::lanes * index;
+      return {read<typename A::Vec>(cosines), read<typename A::Vec>(cosines + A::lanes)};
+    } else {
+      const size_t half = size_t{1} << (m - v - 1 - skipped);
+      const auto a = twiddles<skipped - 1>(lanes, m, index);
+      const auto b = twiddles<skipped - 1>(lanes, m, index + half);
+      return {shuffle<Alternate<0>, A::lanes>(a.re, b.re),
+              shuffle<Alternate<0>, A::lanes>(a.im, b.im)};
+    }
+  }
+
+  /// Loads tile t and does its stages.
+  template <class In>
+  SARNUM_INLINE void transform(In in, int m, size_t t, const typename A::Computed* lanes) {
+    unrolled<A::lanes>([&](auto row) {
+      x[row] = in.load((static_cast<size_t>(reverse(row, v)) << (m - v)) + t * A::lanes);
+    });
+    transpose<A::lanes>(x, &A::Value::re);
+    transpose<A::lanes>(x, &A::Value::im);
+    A::template butterflies<v>(x, [&](auto stage, auto group) {
+      constexpr int skipped = v - 1 - stage;
+      return twiddles<skipped>(lanes, m, (t << stage) + group);
+    });
+  }
+
+  /// Stores the results in the places of tile t.
+  template <class Out>
+  SARNUM_INLINE void store(Out out, int m, size_t t, typename A::Element scale) {
+    if (scale != 1) {
+      unrolled<A::lanes>([&](auto row) {
+        x[row] = {x[row].re * typename A::Computed{scale}, x[row].im * typename A::Computed{scale}};
+      });
+    }
+    unrolled<A::lanes>([&](auto row) {
+      out.store((static_cast<size_t>(reverse(row, v)) << (m - v)) + t * A::lanes, x[row]);
+    });
+  }
+};
+
+template <class A, class In, class Out>
+void tile_pass(In in, Out out, int m, const typename A::Computed* lanes,
+               typename A::Element scale) {
+  const int bits = m - 2 * Tile<A>::v;
+  for (size_t t = 0; t < size_t{1} << bits; ++t) {
+    const auto partner = static_cast<size_t>(reverse(static_cast<int>(t), bits));
+    if (t <= partner) {
+      Tile<A> tile;
+      tile.transform(in, m, t, lanes);
+      if (t < partner) {
+        Tile<A> other;
+        other.transform(in, m, partner, lanes);
+        other.store(out, m, t, scale);
+      }
+      tile.store(out, m, partner, scale);
+    }
+  }
+}
+
+// --- Transforms --------------------------------------------------------------------------------
+
+/// A whole transform, with fewer lanes where tiles as wide as the vectors would not fit.
+template <class Stored, class Real, class Rounded, int lanes = SARNUM_VECTOR_BYTES / sizeof(Real),
+          class Work>
+SARNUM_INLINE void with_lanes(int m, const Work& work) {
+  if constexpr (2 * log2_of(lanes) > least_kernel_exponent) {
+    if (2 * log2_of(lanes) > m) {
+      return with_lanes<Stored, Real, Rounded, lanes / 2>(m, work);
+    }
+  }
+  work(Arithmetic<Stored, Real, Rounded, lanes>{});
+}
+
+template <class A, class Outer, class Inner>
+void transform(Outer outer, Inner inner, int m, const KernelTwiddles<typename A::Computed>& w,
+               typename A::Element scale) {
+  passes_of<A>(outer, inner, size_t{1} << m, 0, m - log2_of(A::lanes), w);
+  tile_pass<A>(inner, outer, m, w.lanes, scale);
+}
+
+template <class Stored, class Real, class Rounded>
+void split(Stored* re, Stored* im, int m, const KernelTwiddles<Real>& w, Stored scale) {
+  with_lanes<Stored, Real, Rounded>(m, [&](auto arithmetic) {
+    using A = decltype(arithmetic);
+    const SplitVectors<A> x{re, im};
+    transform<A>(x, x, m, w, scale);
+  });
+}
+
+void interleaved(float* data, bool inverse, int m, const KernelTwiddles<float>& w, float scale) {
+  with_lanes<float, float, float>(m, [&](auto arithmetic) {
+    using A = decltype(arithmetic);
+    if (inverse) {
+      transform<A>(InterleavedVectors<A, true>{data}, BlockedVectors<A>{data}, m, w, scale);
+    } else {
+      transform<A>(InterleavedVectors<A, false>{data}, BlockedVectors<A>{data}, m, w, scale);
+    }
+  });
+}
+
+}  // namespace
+
+extern const Level SARNUM_TABLE_OF(SARNUM_LEVEL);
+const Level SARNUM_TABLE_OF(SARNUM_LEVEL) = {
+    SARNUM_NAME_OF(SARNUM_LEVEL), SARNUM_VECTOR_BYTES, split<double, double, double>,
+    split<float, float, float>,   interleaved,         split<double, double, float>,
+    split<float, double, float>,
+};
+
+}  // namespace sarnum

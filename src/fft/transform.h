@@ -1,0 +1,75 @@
+// A whole transform by the fastest form there is for it: a kernel of the level in use, or the plain
+// form. Both give the same values.
+#pragma once
+
+#include <optional>
+
+#include "fft/kernels/level.h"
+#include "fft/radix2.h"
+
+namespace sarnum {
+
+/// The kernels for an arithmetic and a layout: forward, with the results multiplied by `scale`.
+inline void run_kernel(const Level& level, Arithmetic<double, double>, Direction,
+                       SplitSamples<double> x, int m, const KernelTwiddles<double>& w,
+                       double scale) {
+  level.double_split(x.re, x.im, m, w, scale);
+}
+
+inline void run_kernel(const Level& level, Arithmetic<float, float>, Direction,
+                       SplitSamples<float> x, int m, const KernelTwiddles<float>& w, float scale) {
+  level.float_split(x.re, x.im, m, w, scale);
+}
+
+inline void run_kernel(const Level& level, Arithmetic<double, float>, Direction,
+                       SplitSamples<double> x, int m, const KernelTwiddles<double>& w,
+                       double scale) {
+  level.double_rounded(x.re, x.im, m, w, scale);
+}
+
+inline void run_kernel(const Level& level, Arithmetic<double, float>, Direction,
+                       SplitSamples<float> x, int m, const KernelTwiddles<double>& w, float scale) {
+  level.float_rounded(x.re, x.im, m, w, scale);
+}
+
+inline void run_kernel(const Level& level, Arithmetic<float, float>, Direction direction,
+                       InterleavedSamples<float> x, int m, const KernelTwiddles<float>& w,
+                       float scale) {
+  level.float_interleaved(x.data, direction == Direction::inverse, m, w, scale);
+}
+
+/// The conjugate twiddle is an exchange of real and imaginary parts, exactly.
+template <class Real>
+SplitSamples<Real> exchanged(SplitSamples<Real> x) {
+  return {x.im, x.re};
+}
+
+template <class Real>
+InterleavedSamples<Real> exchanged(InterleavedSamples<Real> x) {
+  return x;  // its kernel is told the direction
+}
+
+enum class Scaling { none, by_length };
+
+/// A transform whose results are divided by their number or left as they are.
+/// @param twiddles  Twiddles, or another source with the same operations.
+template <class Arithmetic, Direction direction, Scaling scaling = Scaling::none, class Samples,
+          class TwiddleSource>
+void transform(Samples x, int m, const TwiddleSource& twiddles) {
+  using Element = typename Samples::Element;
+  if (const auto w = twiddles.for_kernels(); w.has_value()) {
+    // The length is a power of two: multiplying by its inverse is dividing by it.
+    const Element scale =
+        scaling == Scaling::none ? Element{1} : Element{1} / static_cast<Element>(1 << m);
+    run_kernel(twiddles.level(), Arithmetic{}, direction,
+               direction == Direction::inverse ? exchanged(x) : x, m, *w, scale);
+    return;
+  }
+  butterflies<Arithmetic, direction>(x, m, twiddles);
+  twiddles.permute(x);
+  if constexpr (scaling == Scaling::by_length) {
+    divide_by_length(x, m);
+  }
+}
+
+}  // namespace sarnum
