@@ -38,7 +38,10 @@ function(sarnum_apply_settings target)
   get_target_property(type ${target} TYPE)
   if(type STREQUAL "SHARED_LIBRARY" AND UNIX AND NOT APPLE)
     set(exports ${PROJECT_SOURCE_DIR}/cmake/exports.map)
-    target_link_options(${target} PRIVATE "LINKER:--version-script=${exports}")
+    # Exported names are general ones: what an application calls Scale or Min must not take the
+    # place of the library's own where the library calls itself.
+    target_link_options(${target} PRIVATE
+      "LINKER:--version-script=${exports},-Bsymbolic-functions")
     set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS ${exports})
   endif()
 endfunction()
