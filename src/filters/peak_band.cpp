@@ -22,10 +22,12 @@ struct Band {
 };
 
 /// The bins on one side of the peak (step −1 or +1), which belong to the band up to the first one
-/// that is not above the mean. Ends after one circle, which the mean can only miss by rounding.
-/// @return the last bin of the band, 0 when the first one is already outside.
+/// that is not above the mean.
+/// @return the last bin of the band, 0 when the first one is already outside. Where no bin ends the
+///         band within one circle, the spectrum is flat and its mean was rounded down, or it is
+///         NaN: also 0, as for a flat spectrum whose mean is exact.
 int bound(const double* magnitude, int count, int peak, int step, double mean) {
-  int bound = 0;
+  int last = 0;
   int bin = peak;
   for (int walked = 1; walked < count; ++walked) {
     bin += step;
@@ -35,13 +37,13 @@ int bound(const double* magnitude, int count, int peak, int step, double mean) {
       bin = 0;
     }
     if (mean >= magnitude[bin]) {
-      break;
+      return last;
     }
     if (magnitude[bin] > mean) {
-      bound = bin;
+      last = bin;
     }
   }
-  return bound;
+  return 0;
 }
 
 /// A zero-padded copy of a signal, which is a spectrum in between.
@@ -58,7 +60,7 @@ class PaddedSignal {
     const std::size_t size = static_cast<std::size_t>(count_) + 1;
     re_.reset(new (std::nothrow) double[size]());
     im_.reset(new (std::nothrow) double[size]());
-    magnitude_.reset(new (std::nothrow) double[size]);
+    magnitude_.reset(new (std::nothrow) double[size - 1]);
     if (is_held()) {
       std::copy_n(re, n, re_.get());
       std::copy_n(im, n, im_.get());

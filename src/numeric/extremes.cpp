@@ -24,9 +24,9 @@ using LaneBits [[gnu::vector_size(lane_count * sizeof(double))]] = std::int64_t;
 // A comparison waits for the one before it: independent chains of them overlap.
 constexpr std::size_t chain_count = 4;
 constexpr std::size_t group_size = chain_count * lane_count;
-// A few thousand elements: reducing the lanes at the end of a block costs nothing beside it, and
-// neither does searching the one block that won.
-constexpr std::size_t block_size = 512 * group_size;
+// Long enough that reducing the lanes at its end is little beside it, short enough that searching
+// the one block that won, which is a scalar loop, is little beside scanning a row of an image.
+constexpr std::size_t block_size = 64 * group_size;
 
 /// What is compared: elements, or their absolute values.
 struct Value {
@@ -36,7 +36,9 @@ struct Value {
 
 struct AbsoluteValue {
   static double of(double x) { return std::abs(x); }
-  static void take(Lanes& x) { x = (Lanes)((LaneBits)x & INT64_MAX); }
+  static void take(Lanes& x) {
+    x = reinterpret_cast<Lanes>(reinterpret_cast<LaneBits>(x) & INT64_MAX);
+  }
 };
 
 /// Which of two keys is the more extreme. A NaN never is; m stays where they are equal.

@@ -1,6 +1,7 @@
 // Vectors of doubles. The sums are chains of dependent additions, as their order is part of the
 // result. The element-wise loops are left to the compiler's vectoriser, which checks at run time
-// that the arrays do not overlap: where they do, the plain loop gives the recurrence.
+// that the arrays do not overlap: where they do, the plain loop gives the recurrence. (clang takes
+// an output that is an input for an overlap, too; g++ does not.)
 #include "sarnum/numeric/vectors.h"
 
 #include <cmath>

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 #include <sarnum/sarnum.h>
 
+#include <algorithm>
 #include <climits>
 #include <cmath>
 #include <limits>
@@ -52,10 +53,12 @@ Band peak_band(const std::vector<double>& re, const std::vector<double>& im) {
   }
   int bounds[2] = {0, 0};
   for (const int side : {0, 1}) {
-    for (int i = 1; i < n && !(mean >= at(peak + (2 * side - 1) * i)); ++i) {
+    int i = 1;
+    for (; i < n && !(mean >= at(peak + (2 * side - 1) * i)); ++i) {
       const int bin = (peak + (2 * side - 1) * i + n) % n;
       bounds[side] = at(bin) > mean ? bin : bounds[side];
     }
+    bounds[side] = i < n ? bounds[side] : 0;  // no end within one circle
   }
   return {bounds[0], bounds[1]};
 }
@@ -136,6 +139,10 @@ TEST(PeakBandFilters, FollowTheirDefinition) {
         input.re[n / 2] = std::numeric_limits<double>::quiet_NaN();
       } else if (round == 28 && n == 4) {  // magnitudes 5, 3, 4, 0: one is equal to their mean
         input = {{3, 0.25, 1.5, 0.25}, {0, 0.75, 0, -0.75}};
+      } else if (round == 27 || round == 26) {  // magnitudes all above their mean, or overflowing
+        std::fill(input.re.begin(), input.re.end(), 0.0);
+        std::fill(input.im.begin(), input.im.end(), 0.0);
+        input.re[0] = round == 27 ? 0.1 : 1e200;
       }
       for (const bool keeps : {true, false}) {
         Signal actual = input;
@@ -197,7 +204,7 @@ TEST(PeakBandFilters, LackOfStorageChangesNothingOrNoValue) {
 }
 
 TEST(PeakBandFilters, NoSamplesAreNotTouched) {
-  for (const int n : {0, -1, INT_MIN}) {
+  for (const int n : {0, -1, INT_MIN, (1 << 30) + 1, INT_MAX}) {
     FilterHighSp(nullptr, nullptr, n);
     FilterLowSp(nullptr, nullptr, n, nullptr, nullptr, nullptr, nullptr);
   }

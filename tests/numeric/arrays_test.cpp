@@ -60,7 +60,7 @@ void expect_extremes_of(std::vector<double> a) {
 TEST(Extremes, AreThoseOfAnAscendingScan) {
   const double odd_ones[] = {nan, 0.0, -0.0, HUGE_VAL, -HUGE_VAL, 5e-324, -1e308};
   std::mt19937 engine(1);
-  for (const int n : {1, 2, 3, 7, 8, 9, 15, 16, 17, 31, 100, 4095, 4096, 4097, 9000}) {
+  for (const int n : {1, 2, 3, 7, 8, 9, 15, 16, 17, 31, 100, 511, 512, 513, 3000}) {
     for (int round = 0; round < 60; ++round) {
       SCOPED_TRACE(testing::Message() << n << " elements, round " << round);
       // Few different values make ties; the range moves the extreme to either sign or zero.
@@ -78,12 +78,12 @@ TEST(Extremes, AreThoseOfAnAscendingScan) {
 
 // A single extreme, everywhere in turn: no lane, tail or border of a block is left out.
 TEST(Extremes, AreFoundAtEveryPosition) {
-  std::vector<double> a(8200, 1.0);
-  for (int i = 0; i < 8200; i += i < 40 || i > 4080 ? 1 : 13) {
+  std::vector<double> a(1100, 1.0);
+  for (int i = 0; i < 1100; ++i) {
     double& element = a[static_cast<std::size_t>(i)];
     element = -2.0;
-    EXPECT_EQ(Max_mass_ABS_index(a.data(), 8200), i);
-    EXPECT_EQ(Min_mass(a.data(), 8200), -2.0);
+    EXPECT_EQ(Max_mass_ABS_index(a.data(), 1100), i);
+    EXPECT_EQ(Min_mass(a.data(), 1100), -2.0);
     element = 1.0;
   }
 }

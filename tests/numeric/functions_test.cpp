@@ -44,7 +44,7 @@ TEST(NumericFunctions, GiveTheStatedValues) {
       {double(Sign(nan)), -1},
       {Qrt(-3), 9},
       {Cube(0.1), (0.1 * 0.1) * 0.1},
-      {Power(2, 10), std::exp(10 * std::log(2.0))},
+      {Power(10, 0.3), std::exp(0.3 * std::log(10.0))},
       {Power(0, 1), nan},
       {Power(-2, 2), nan},
       {Power(nan, 0), nan},
@@ -68,6 +68,7 @@ TEST(NumericFunctions, GiveTheStatedValues) {
       {Power_of_two(1024), 10},
       {Power_of_two(3), 1.584962500721156},
       {Power_of_two(2), 1},
+      {Power_of_two(0.1 + 0.2), std::log(0.1 + 0.2) / std::log(2.0)},
       {Power_of_two(0.5), -1},
       {Power_of_two(0), -inf},
       {Power_of_two(-1), nan},
@@ -82,19 +83,20 @@ TEST(NumericFunctions, GiveTheStatedValues) {
       {Add_to_Power_of_2(1000), 1024},
       {Add_to_Power_of_2(1024), 1024},
       {Add_to_Power_of_2(1025), 2048},
-      {Add_to_Power_of_2(1.5e9), -2147483648.0},  // the sign bit of 32
-      {Add_to_Power_of_2(3e9), 0},                // shifted out
-      {Add_to_Power_of_2(5e9), 2},                // the count has wrapped
+      {Add_to_Power_of_2(536870912), 1073741824},  // log(2^29)/log(2) is no integer
+      {Add_to_Power_of_2(1.5e9), -2147483648.0},   // the sign bit of 32
+      {Add_to_Power_of_2(3e9), 0},                 // shifted out
+      {Add_to_Power_of_2(5e9), 2},                 // the count has wrapped
       {Add_to_Power_of_2(std::ldexp(1.5, 1023)), 0},
       {Add_to_Power_of_2(inf), inf},
       {Add_to_Power_of_2(nan), 2},
       {Hanning(0, 8), 0},
       {Hanning(4, 8), 2},
-      {Hanning(3, 7), 1 - std::cos(3 * two_pi / 7)},
+      {Hanning(5, 6), 1 - std::cos(5 * two_pi / 6)},
       {Hanning(1, 0), nan},
       {Hamming(0.54, 0, 8), 1},
       {Hamming(0.54, 4, 8), -(1 - 0.54) + 0.54},
-      {Hamming(0.54, 3, 7), std::cos(3 * two_pi / 7) * (1 - 0.54) + 0.54},
+      {Hamming(0.54, 5, 6), std::cos(5 * two_pi / 6) * (1 - 0.54) + 0.54},
       {Kaiser(6, 4, 8), 1},
       {Kaiser(6, 0, 8), 1 / Bessel_NULL(6)},
       {Kaiser(6, 2, 7), Bessel_NULL(std::sqrt(1 - (1.5 / 3.5) * (1.5 / 3.5)) * 6) / Bessel_NULL(6)},

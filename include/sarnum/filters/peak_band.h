@@ -1,5 +1,6 @@
 /// @file
-/// Spectral filters that keep, or remove, the band round the strongest bin of a complex signal.
+/// Spectral filters that keep, or remove, the band round the strongest bin of a complex signal,
+/// wherever that bin lies: neither is a high-pass or a low-pass in the usual sense.
 ///
 /// Both copy the n samples into N = Add_to_Power_of_2(n) zero-padded ones, transform them by fft(),
 /// find the peak band among the N bins, set bins to zero, transform back by ifft() and resample
@@ -7,16 +8,18 @@
 /// - **Nothing divides by the length**: what passes comes back multiplied by the length of the
 ///   transform. ifft() also rounds to single precision.
 /// - **The result is stretched, not cut**: output k is the result at k·(N−1)/(n−1), also over the
-///   padding. Only where N = n (a power of two, from 2 on) do samples stay in place.
+///   padding. Only where N = n (a power of two from 2 to 2^28) do samples stay in place. A single
+///   sample gets the first of two results.
 /// - **The band**: from the strongest bin p (the first of equal ones), bins to its left and to its
 ///   right, circularly, belong to it while their magnitude is above the mean magnitude; the bound
 ///   of a side is the last bin that was. A side whose very first bin is not above the mean has
 ///   **bound 0**, not p. A band that lies across the end of the spectrum (upper < lower) wraps. So
 ///   a pure tone in bin p ≠ 0 has the band 0 … 0: FilterHighSp removes it, and FilterLowSp keeps
-///   it. To keep a single bin, zero the others of fft() yourself.
+///   it. A flat spectrum, an impulse's, has the band 0 … 0 too. To keep a single bin, zero the
+///   others of fft() yourself.
 ///
-/// For n ≤ 0, and when storage (about 3·N doubles) cannot be had, nothing is changed. Calls on
-/// different arrays may run on any number of threads.
+/// For n ≤ 0 or n > 2^30, and when storage (3·N doubles) cannot be had, nothing is changed. Calls
+/// on different arrays may run on any number of threads.
 #ifndef SARNUM_FILTERS_PEAK_BAND_H
 #define SARNUM_FILTERS_PEAK_BAND_H
 

@@ -2,8 +2,10 @@
 /// Circular cross-correlation of two sequences at one lag.
 ///
 /// The first sequence is periodic with its length n1: sample j of the second meets sample
-/// (j + s) mod n1 of the first. The result is a raw sum, neither normalised nor freed from a mean;
-/// divide by the product of the two norms for a correlation coefficient.
+/// (j + s) mod n1 of the first. For the linear correlation append n2 − 1 zeros to the first
+/// sequence and pass n1 + n2 − 1. The result is a raw sum: for the normalised correlation of
+/// sequences of one length divide by the product of their norms (for the correlation coefficient,
+/// take off the means first).
 ///
 /// Lags are accepted where the two overlap in at least one sample without wrapping:
 /// 1 − n2 ≤ s ≤ n1 − 1. Any other lag gives 0, which is not to be told from a sum that is 0. The

@@ -34,7 +34,7 @@ SARNUM_API double Cube(double x);
 
 /// x to the power y for positive x, as exp(y·log x). Its error grows with y·log x: Power(2, 10)
 /// need not be 1024 exactly. Use std::pow for integral powers and for x ≤ 0.
-/// @return NaN for x ≤ 0 and for NaN.
+/// @return NaN for x ≤ 0, for NaN, and where y·log x is 0·infinity (std::pow gives 1 there).
 SARNUM_API double Power(double x, double y);
 
 /// Degrees to radians, (deg·π)/180.
@@ -43,15 +43,20 @@ SARNUM_API double Radians(double deg);
 /// Radians to degrees, (rad·180)/π.
 SARNUM_API double Degrees(double rad);
 
-/// Remainder of a/b, lifted into [0, b) for a positive divisor.
+/// Remainder of a/b, lifted into [0, b), to rounding, for a positive divisor.
 ///
 /// r = a − trunc(a/b)·b, plus b when r is not ≥ 0. A negative divisor keeps the same rule and is
-/// no true modulo: Modulus(5, -3) is 2, but Modulus(-5, -3) is -5. The remainder is formed from
-/// the rounded quotient, so that it loses digits as a/b grows; std::fmod does not.
+/// no true modulo: Modulus(5, -3) is 2, but Modulus(-5, -3) is -5.
+///
+/// The remainder is formed from the rounded quotient: it loses digits as |a/b| grows, may leave
+/// [0, b) from about 1e13 on, and is infinite where a/b overflows. A remainder so close below zero
+/// that adding b rounds gives b itself. For the exact one take std::fmod, plus b where that is
+/// negative.
 /// @return NaN when b is 0 or an argument is not finite.
 SARNUM_API double Modulus(double a, double b);
 
-/// An angle in radians, normalised to [0, 2π) by the steps of Modulus(a, 6.283185307179586).
+/// An angle in radians, normalised to [0, 2π) by the steps of Modulus(a, 6.283185307179586), with
+/// the same reservations: of an angle of 1e10 about six decimals are left, of 1e17 none.
 /// @return NaN when a is not finite.
 SARNUM_API double Fmod2p(double a);
 
@@ -72,7 +77,8 @@ SARNUM_API double Power_of_two(double x);
 ///   2^31 < x < 2^32, and starts anew at 2 above that. (+infinity is returned as it is.)
 /// - The test is made on a rounded quotient, not on the bits of x: a power of two whose quotient
 ///   is not exactly integral goes to the next one (2^29 gives 2^30 where the logarithm is
-///   correctly rounded). CFFTClass::CeilPowerOfTwo goes by the same quotient.
+///   correctly rounded), and a neighbour whose quotient rounds to an integer is returned as it is.
+///   CFFTClass::CeilPowerOfTwo goes by the same quotient.
 /// @return 2 for NaN.
 SARNUM_API double Add_to_Power_of_2(double x);
 

@@ -23,7 +23,7 @@ SARNUM_API double Min_mass_ABS(double* a, int n);
 SARNUM_API double Max_mass_ABS(double* a, int n);
 
 /// n − 1, or 0 for n < 2, whatever the elements: not the position of the smallest one. For that,
-/// search for the value of Min_mass, or call Max_mass_index on the negated array.
+/// call Max_mass_index on the negated array.
 SARNUM_API int Min_mass_index(double* a, int n);
 
 /// Position of the first largest element.
@@ -46,8 +46,9 @@ SARNUM_API double Mean(double* a, int n);
 ///
 /// With step = (nIn−1)/(nOut−1), x = j·step and k = trunc(x),
 /// out[j] = (in[k+1] − in[k])·(x − k) + in[k].
-/// - **in[nIn] is read** for the last output (times zero): the array must be readable one element
-///   beyond its last sample, and that element must be finite, or the last output is NaN.
+/// - **in[nIn] is read** for the last output, with the weight zero or, where j·step rounds above
+///   nIn−1, a little more: the array must be readable one element beyond its last sample. Make
+///   that element 0 or repeat the last sample; where it is not finite, neither is the output.
 /// - Fewer outputs than inputs are no averages: samples between the points are passed over.
 ///   Filter first where aliasing matters.
 /// - A single output has no step: nOut 1, or 0, which counts as 1, writes in[0] to out[0]. A

@@ -29,8 +29,9 @@ SARNUM_API double Scalar_Multiply(double* a, double* b, int n);
 
 /// Angle between two vectors in radians, acos(a·b / (|a|·|b|)).
 ///
-/// The quotient is not limited to [−1, 1]: for parallel vectors it may round above 1, which gives
-/// NaN. Where that matters, limit the quotient of Scalar_Multiply and Magnitude yourself.
+/// The quotient is not limited to [−1, 1]: for parallel or opposite vectors it may round beyond,
+/// which gives NaN. Where that matters, limit the quotient of Scalar_Multiply and Magnitude
+/// yourself.
 /// @return NaN for a vector of length zero.
 SARNUM_API double Angle(double* a, double* b, int n);
 

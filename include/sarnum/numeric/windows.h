@@ -22,7 +22,7 @@
 SARNUM_API double Hanning(int i, int n);
 
 /// alpha + (1 − alpha)·cos(2π·i/n): the usual Hamming window shifted by half its length, largest
-/// at its ends. Hamming(alpha, i + n/2, n) is the usual one for an even n.
+/// at its ends. 2·alpha − Hamming(alpha, i, n) is the usual one.
 /// @param alpha  0.54 for the Hamming window.
 /// @return NaN for n = 0.
 SARNUM_API double Hamming(double alpha, int i, int n);
@@ -31,7 +31,7 @@ SARNUM_API double Hamming(double alpha, int i, int n);
 ///
 /// n is its full width: over i = 0 … n−1 it lacks its last sample, as suits a transform of n
 /// samples. For a symmetric window of L weights take n = L − 1.
-/// @param beta  0 (a rectangle) to 69; above that I0 is NaN here, and so is the weight.
+/// @param beta  0 (a rectangle) to 69.2; above that I0 is NaN here, and so is the weight.
 /// @return NaN for i outside 0 … n and for n = 0.
 SARNUM_API double Kaiser(double beta, int i, int n);
 
@@ -39,8 +39,8 @@ SARNUM_API double Kaiser(double beta, int i, int n);
 /// Σ (x²/4)^k/(k!)² (M. Abramowitz and I. A. Stegun, Handbook of Mathematical Functions, 9.6.12).
 ///
 /// It ends with the first term not above 1e-8, an absolute bound: for small x about 8 decimals are
-/// right, for x from about 10 on nearly all digits. Even: I0(−x) = I0(x).
-/// @return NaN for NaN, and for |x| above 69, where powers and factorials overflow before their
+/// right, for x from about 15 on nearly all digits. Even: I0(−x) = I0(x).
+/// @return NaN for NaN, and for |x| from 69.3 on, where powers and factorials overflow before their
 ///         quotients have become small.
 SARNUM_API double Bessel_NULL(double x);
 
