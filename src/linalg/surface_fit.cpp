@@ -1,8 +1,8 @@
 // mnk2: polynomials in two variables fitted by least squares.
 //
 // The matrix of the normal equations is symmetric to the last bit, so that the half above the
-// diagonal is summed, with the right-hand side as one more column of it. All its sums grow by one
-// sample at a time: they are independent, where each alone would wait for its own last addition.
+// diagonal is summed, with the right-hand side as one more column of it. All its sums grow by a few
+// samples at a time: they are independent, where each alone would wait for its own last addition.
 #include <algorithm>
 #include <array>
 #include <cstddef>
@@ -49,6 +49,32 @@ std::array<double, largest_degree + 1> powers(double x) {
   return {1.0, x, square, x * square, square * square};
 }
 
+/// Adds `count` samples from the first on to the upper half of the normal equations, one after
+/// another in every sum. Several at a time, so that a sum is loaded and stored once for all of
+/// them.
+template <std::size_t count>
+void add_samples(double* system, const std::array<Doubles, most_terms>& terms, const double* z,
+                 std::size_t first, std::size_t term_count) {
+  double samples[count][most_terms + 1];
+  for (std::size_t k = 0; k < count; ++k) {
+    for (std::size_t r = 0; r < term_count; ++r) {
+      samples[k][r] = terms[r][first + k];
+    }
+    samples[k][term_count] = z[first + k];
+  }
+  const std::size_t columns = term_count + 1;
+  for (std::size_t r = 0; r < term_count; ++r) {
+    double* const row = system + r * columns;
+    for (std::size_t s = r; s < columns; ++s) {
+      double sum = row[s];
+      for (std::size_t k = 0; k < count; ++k) {
+        sum += samples[k][r] * samples[k][s];
+      }
+      row[s] = sum;
+    }
+  }
+}
+
 }  // namespace
 
 void mnk2(int degree, int count, double* z, double* u, double* v, double* c) {
@@ -83,18 +109,12 @@ void mnk2(int degree, int count, double* z, double* u, double* v, double* c) {
   }
 
   std::fill_n(system.get(), term_count * columns, 0.0);
-  for (std::size_t i = 0; i < samples; ++i) {
-    double sample[most_terms + 1];
-    for (std::size_t r = 0; r < term_count; ++r) {
-      sample[r] = terms[r][i];
-    }
-    sample[term_count] = z[i];
-    for (std::size_t r = 0; r < term_count; ++r) {
-      double* const row = &system[r * columns];
-      for (std::size_t s = r; s < columns; ++s) {
-        row[s] += sample[r] * sample[s];
-      }
-    }
+  std::size_t i = 0;
+  for (; i + 8 <= samples; i += 8) {
+    add_samples<8>(system.get(), terms, z, i, term_count);
+  }
+  for (; i < samples; ++i) {
+    add_samples<1>(system.get(), terms, z, i, term_count);
   }
   for (std::size_t r = 1; r < term_count; ++r) {
     for (std::size_t s = 0; s < r; ++s) {
