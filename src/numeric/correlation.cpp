@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "numeric/ask_ahead.h"
+
 namespace {
 
 /// Calls run(k, j, count) for each run of pairs (k, j), (k + 1, j + 1) … of the two sequences, j
@@ -31,9 +33,10 @@ void for_each_run(int n1, int n2, int s, const Run& run) {
 double Correl(double* a, double* b, int n1, int n2, int s) {
   double sum = 0.0;
   for_each_run(n1, n2, s, [&](int k, int j, int count) {
-    for (int i = 0; i < count; ++i) {
-      sum += a[k + i] * b[j + i];
-    }
+    const double* const first = a + k;
+    const double* const second = b + j;
+    sarnum::in_order(
+        count, [&](std::size_t i) { sum += first[i] * second[i]; }, first, second);
   });
   return sum;
 }
@@ -42,14 +45,11 @@ double Correl(double* re1, double* im1, double* re2, double* im2, int n1, int n2
   double re = 0.0;
   double im = 0.0;
   for_each_run(n1, n2, s, [&](int k, int j, int count) {
-    for (int i = 0; i < count; ++i) {
-      const double x = re1[k + i];
-      const double y = im1[k + i];
-      const double u = re2[j + i];
-      const double v = im2[j + i];
-      re += x * u + y * v;
-      im += y * u - x * v;
-    }
+    const auto add = [&, x = re1 + k, y = im1 + k, u = re2 + j, v = im2 + j](std::size_t i) {
+      re += x[i] * u[i] + y[i] * v[i];
+      im += y[i] * u[i] - x[i] * v[i];
+    };
+    sarnum::in_order(count, add, re1 + k, im1 + k, re2 + j, im2 + j);
   });
   return std::sqrt(im * im + re * re);
 }

@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <cstring>
 
+#include "numeric/ask_ahead.h"
 #include "sarnum/numeric/statistics.h"
 
 namespace {
@@ -56,15 +57,17 @@ struct Largest {
   }
 };
 
-/// The most extreme key of a block and of `extreme`, which is not NaN.
+/// The most extreme key of n elements and of `extreme`, which is not NaN.
+/// @param available  elements from a[0] to the end of the array.
 template <class Order, class Key>
-double block_extreme(const double* a, std::size_t n, double extreme) {
+double block_extreme(const double* a, std::size_t n, std::size_t available, double extreme) {
   Lanes chains[chain_count];
   for (Lanes& chain : chains) {
     chain = Lanes{extreme, extreme};
   }
   std::size_t i = 0;
   for (; i + group_size <= n; i += group_size) {
+    sarnum::ask_ahead(a, i, available);
     for (std::size_t c = 0; c < chain_count; ++c) {
       Lanes keys;
       std::memcpy(&keys, a + i + c * lane_count, sizeof keys);
@@ -92,8 +95,9 @@ int first_extreme(const double* a, int n) {
   double extreme = Key::of(a[0]);
   std::size_t winner = 0;
   for (std::size_t begin = 0; begin < count; begin += block_size) {
-    const std::size_t size = std::min(block_size, count - begin);
-    const double best = block_extreme<Order, Key>(a + begin, size, extreme);
+    const std::size_t available = count - begin;
+    const std::size_t size = std::min(block_size, available);
+    const double best = block_extreme<Order, Key>(a + begin, size, available, extreme);
     if (best != extreme) {
       extreme = best;
       winner = begin;

@@ -1,11 +1,11 @@
 // Sum and mean: one chain of dependent additions, as their order is part of the result.
+#include "numeric/ask_ahead.h"
 #include "sarnum/numeric/statistics.h"
 
 double Sum_mass(double* a, int n) {
   double sum = 0.0;
-  for (int i = 0; i < n; ++i) {
-    sum += a[i];
-  }
+  sarnum::in_order(
+      n, [&](std::size_t i) { sum += a[i]; }, a);
   return sum;
 }
 

@@ -6,6 +6,8 @@
 
 #include <cmath>
 
+#include "numeric/ask_ahead.h"
+
 double Magnitude(double* v, int n) {
   return std::sqrt(Scalar_Multiply(v, v, n));
 }
@@ -30,9 +32,8 @@ void Const_Multiply(double c, double* v, double* out, int n) {
 
 double Scalar_Multiply(double* a, double* b, int n) {
   double sum = 0.0;
-  for (int i = 0; i < n; ++i) {
-    sum += a[i] * b[i];
-  }
+  sarnum::in_order(
+      n, [&](std::size_t i) { sum += a[i] * b[i]; }, a, b);
   return sum;
 }
 
