@@ -160,33 +160,37 @@ SARNUM_INLINE To convert(From value) {
 // --- Arithmetic --------------------------------------------------------------------------------
 
 /// Elements of type Stored, computed on in Real; each butterfly result is rounded to Rounded.
+/// Between two stages values are held as they would be stored: what is rounded is narrow there too.
 template <class Stored, class Real, class Rounded, int lane_count>
 struct Arithmetic {
   using Element = Stored;
   using Computed = Real;
-  using Vec = Vector<Real, lane_count>;
-  using Value = Pair<Vec>;
+  using Held = Vector<Stored, lane_count>;
+  using Value = Pair<Held>;
+  using Wide = Vector<Real, lane_count>;
+  using Twiddles = Pair<Wide>;
   static constexpr int lanes = lane_count;
 
-  static SARNUM_INLINE Vec load(const void* from) {
-    return convert<Vec>(read<Vector<Stored, lanes>>(from));
+  static SARNUM_INLINE Held load(const void* from) { return read<Held>(from); }
+  static SARNUM_INLINE void store(void* to, Held value) {
+    __builtin_memcpy(to, &value, sizeof value);
   }
 
-  static SARNUM_INLINE void store(void* to, Vec value) {
-    const auto stored = convert<Vector<Stored, lanes>>(value);
-    __builtin_memcpy(to, &stored, sizeof stored);
-  }
-
-  static SARNUM_INLINE Vec round(Vec value) {
-    return convert<Vec>(convert<Vector<Rounded, lanes>>(value));
+  static SARNUM_INLINE Wide widen(Held value) { return convert<Wide>(value); }
+  static SARNUM_INLINE Held round(Wide value) {
+    return convert<Held>(convert<Vector<Rounded, lanes>>(value));
   }
 
   template <class Twiddle>
   static SARNUM_INLINE void butterfly(Value& a, Value& b, Twiddle w) {
-    const Vec t_re = b.re * w.re + b.im * w.im;
-    const Vec t_im = b.im * w.re - b.re * w.im;
-    b = {round(a.re - t_re), round(a.im - t_im)};
-    a = {round(a.re + t_re), round(a.im + t_im)};
+    const Wide a_re = widen(a.re);
+    const Wide a_im = widen(a.im);
+    const Wide b_re = widen(b.re);
+    const Wide b_im = widen(b.im);
+    const Wide t_re = b_re * w.re + b_im * w.im;
+    const Wide t_im = b_im * w.re - b_re * w.im;
+    b = {round(a_re - t_re), round(a_im - t_im)};
+    a = {round(a_re + t_re), round(a_im + t_im)};
   }
 
   /// The last `stages` stages of the 2^stages elements of x. twiddle_of(stage, group) is given
@@ -285,7 +289,7 @@ struct GatheredColumns {
 template <class Arithmetic>
 struct ScatteredColumns {
   const ColumnBlock& block;
-  typename Arithmetic::Computed scale;
+  typename Arithmetic::Element scale;
   size_t begin;
 
   ScatteredColumns from(size_t i) const { return {block, scale, begin + i}; }
@@ -397,11 +401,11 @@ struct Tile {
   /// Twiddles of stage v − 1 − skipped, a lane's angle 2^skipped steps from the next lane's: lanes
   /// at this distance, from `2^skipped` vectors of the table.
   template <int skipped>
-  static SARNUM_INLINE typename A::Value twiddles(const typename A::Computed* lanes, int m,
-                                                  size_t index) {
+  static SARNUM_INLINE typename A::Twiddles twiddles(const typename A::Computed* lanes, int m,
+                                                     size_t index) {
     if constexpr (skipped == 0) {
       const auto* const cosines = lanes + 2 * A::lanes * index;
-      return {read<typename A::Vec>(cosines), read<typename A::Vec>(cosines + A::lanes)};
+      return {read<typename A::Wide>(cosines), read<typename A::Wide>(cosines + A::lanes)};
     } else {
       const size_t half = size_t{1} << (m - v - 1 - skipped);
       const auto a = twiddles<skipped - 1>(lanes, m, index);
@@ -428,9 +432,7 @@ struct Tile {
   template <class Out>
   SARNUM_INLINE void store(Out out, int m, size_t t, typename A::Element scale) {
     if (scale != 1) {
-      unrolled<A::lanes>([&](auto row) {
-        x[row] = {x[row].re * typename A::Computed{scale}, x[row].im * typename A::Computed{scale}};
-      });
+      unrolled<A::lanes>([&](auto row) { x[row] = {x[row].re * scale, x[row].im * scale}; });
     }
     unrolled<A::lanes>(
         [&](auto row) { out.store((reverse(row, v) << (m - v)) + t * A::lanes, x[row]); });
