@@ -6,6 +6,7 @@
 #include <sarnum/sarnum.h>
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <complex>
 #include <cstdint>
@@ -37,7 +38,12 @@ unsigned planning(int n) {
 }
 
 struct DoubleFftw {
+  static constexpr auto name = "FFTW";
   using Plan = fftw_plan;
+  static Plan raster(int rows, int columns, std::complex<double>* data) {
+    auto* const complex = reinterpret_cast<fftw_complex*>(data);
+    return fftw_plan_dft_2d(rows, columns, complex, complex, FFTW_FORWARD, FFTW_MEASURE);
+  }
   static Plan split(int n, double* re, double* im) {
     const fftw_iodim dimension{n, 1, 1};
     return fftw_plan_guru_split_dft(1, &dimension, 0, nullptr, re, im, re, im, planning(n));
@@ -47,7 +53,12 @@ struct DoubleFftw {
 };
 
 struct FloatFftw {
+  static constexpr auto name = "FFTW float unplanned";
   using Plan = fftwf_plan;
+  static Plan raster(int rows, int columns, std::complex<float>* data) {
+    auto* const complex = reinterpret_cast<fftwf_complex*>(data);
+    return fftwf_plan_dft_2d(rows, columns, complex, complex, FFTW_FORWARD, FFTW_ESTIMATE);
+  }
   static Plan split(int n, float* re, float* im) {
     const fftwf_iodim dimension{n, 1, 1};
     return fftwf_plan_guru_split_dft(1, &dimension, 0, nullptr, re, im, re, im, planning(n));
@@ -121,51 +132,76 @@ Piece reference_piece(const std::string& name, int m, double target, Ours ours) 
           8 * rounded};
 }
 
-/// FFT_2D of 16-bit integers, against converting, transforming and scaling with FFTW in double.
-Piece raster_piece(int side) {
-  const auto n = static_cast<std::size_t>(side);
-  struct State {
-    std::vector<std::int16_t> pixels;
-    std::vector<float> spectrum;
-    std::vector<float> peers;
-    std::vector<std::complex<double>> work;
-    std::vector<void*> src;
-    std::vector<void*> dst;
-  };
-  auto state = std::make_shared<State>();
-  state->pixels.resize(n * n);
-  state->spectrum.resize(2 * n * n);
-  state->peers.resize(2 * n * n);
-  state->work.resize(n * n);
-  for (std::size_t row = 0; row < n; ++row) {
-    state->src.push_back(state->pixels.data() + row * n);
-    state->dst.push_back(state->spectrum.data() + 2 * row * n);
+/// A raster, padded, transformed and divided by both sides; `Width` is the peer's arithmetic.
+template <class Pixel, class Result, class Width>
+struct RasterState {
+  std::vector<Pixel> pixels;
+  std::vector<Result> spectrum;
+  std::vector<Result> peers;
+  std::vector<std::complex<Width>> work;
+  std::vector<void*> src;
+  std::vector<void*> dst;
+};
+
+/// FFT_2D of a raster against FFTW, which gets the pixels, and gives the results, in the same
+/// types.
+template <class Fftw, class Width, class Result, class Pixel>
+Piece raster_piece(const std::string& name, int type, int width, int height, double target) {
+  const auto side = [](int size) { return std::bit_ceil(static_cast<std::size_t>(size)); };
+  const auto columns = side(width);
+  const auto rows = side(height);
+  const auto row_pixels = static_cast<std::size_t>(width);
+  auto state = std::make_shared<RasterState<Pixel, Result, Width>>();
+  state->pixels.resize(row_pixels * static_cast<std::size_t>(height));
+  state->spectrum.resize(2 * rows * columns);
+  state->peers.resize(2 * rows * columns);
+  state->work.resize(rows * columns);
+  for (std::size_t row = 0; row < rows; ++row) {
+    if (row < static_cast<std::size_t>(height)) {
+      state->src.push_back(state->pixels.data() + row * row_pixels);
+    }
+    state->dst.push_back(state->spectrum.data() + 2 * row * columns);
   }
-  auto* const work = reinterpret_cast<fftw_complex*>(state->work.data());
-  const auto plan =
-      owned<DoubleFftw>(fftw_plan_dft_2d(side, side, work, work, FFTW_FORWARD, FFTW_MEASURE));
-  return {"FFT_2D int16/" + std::to_string(side),
+  const auto plan = owned<Fftw>(
+      Fftw::raster(static_cast<int>(rows), static_cast<int>(columns), state->work.data()));
+  return {name + "/" + std::to_string(width) + "x" + std::to_string(height),
           [=] {
-            CFFTClass().FFT_2D(state->src.data(), state->dst.data(), side, side, TD_INT16, nullptr);
+            CFFTClass().FFT_2D(state->src.data(), state->dst.data(), width, height, type, nullptr);
           },
-          {"FFTW",
+          {Fftw::name,
            [=] {
-             std::copy(state->pixels.begin(), state->pixels.end(), state->work.begin());
-             DoubleFftw::run(plan.get());
-             const double scale = 1.0 / (static_cast<double>(side) * side);
-             for (std::size_t i = 0; i < state->work.size(); ++i) {
-               state->peers[2 * i] = static_cast<float>(state->work[i].real() * scale);
-               state->peers[2 * i + 1] = static_cast<float>(state->work[i].imag() * scale);
+             std::fill(state->work.begin(), state->work.end(), 0);
+             for (std::size_t row = 0; row < state->src.size(); ++row) {
+               const Pixel* const from = state->pixels.data() + row * row_pixels;
+               std::copy(from, from + row_pixels, state->work.data() + row * columns);
              }
-           }},
+             Fftw::run(plan.get());
+             const Width scale = Width{1} / static_cast<Width>(rows * columns);
+             for (std::size_t i = 0; i < state->work.size(); ++i) {
+               state->peers[2 * i] = static_cast<Result>(state->work[i].real() * scale);
+               state->peers[2 * i + 1] = static_cast<Result>(state->work[i].imag() * scale);
+             }
+           },
+           target},
           [=](bool timing) {
             for (std::size_t i = 0; i < state->pixels.size(); ++i) {
-              state->pixels[i] =
-                  timing ? std::int16_t{0} : static_cast<std::int16_t>(sample<double>(i) * 3e4);
+              state->pixels[i] = static_cast<Pixel>(timing ? 0.0F : sample<float>(i) * 3e4F);
             }
           },
           [=] { return relative_difference(state->spectrum, state->peers); },
-          1e-6};
+          8 * static_cast<double>(std::numeric_limits<Result>::epsilon())};
+}
+
+void add_raster_pieces(std::vector<Piece>& pieces, int width, int height) {
+  const double same_width = width < 1024 ? 1.6 : 1.3;
+  pieces.push_back(raster_piece<DoubleFftw, double, float, std::int16_t>(
+      "FFT_2D int16", TD_INT16, width, height, same_width));
+  pieces.push_back(raster_piece<FloatFftw, float, float, std::int16_t>("FFT_2D int16", TD_INT16,
+                                                                       width, height, 0.25));
+  pieces.push_back(raster_piece<DoubleFftw, double, float, std::complex<float>>(
+      "FFT_2D complex float", TD_COMPLEX_FLOAT32, width, height, same_width));
+  pieces.push_back(raster_piece<DoubleFftw, double, double, double>("FFT_2D double", TD_FLOAT64,
+                                                                    width, height, 0.9));
 }
 
 std::vector<Piece> all_pieces() {
@@ -208,9 +244,10 @@ std::vector<Piece> all_pieces() {
         "member ifft float", m, rounding,
         [](Float re, Float im, int e) { CFFTClass().ifft(im, re, e); }));
   }
-  for (const int side : {512, 1024}) {
-    pieces.push_back(raster_piece(side));
+  for (const int side : {512, 1024, 2048, 4096}) {
+    add_raster_pieces(pieces, side, side);
   }
+  add_raster_pieces(pieces, 1000, 600);
   return pieces;
 }
 

@@ -11,29 +11,50 @@
 
 namespace sarnum {
 
+/// Multiplies both parts of n elements by (−1)^i.
+template <class Real>
+void alternate_signs(Real* re, Real* im, std::size_t n) {
+  for (std::size_t i = 1; i < n; i += 2) {
+    re[i] = -re[i];
+    im[i] = -im[i];
+  }
+}
+
 /// Twiddles of the members of CFFTClass. The constant is 2π rounded to double, in digits: the
 /// members do not depend on the π that is set at load.
+constexpr double line_two_pi = 6.283185307179586;
+
 inline Twiddles<double> line_twiddles(int m) {
-  return {6.283185307179586, m};
+  return {line_two_pi, m};
 }
 
 struct ForwardLine {
   static constexpr bool divides_in_2d = true;
+  static constexpr Direction direction = Direction::forward;
+  template <class Real>
+  using Rounded = Real;
+
+  static constexpr bool is_centred() { return false; }
 
   template <class Real>
   void operator()(Real* re, Real* im, const Twiddles<double>& twiddles) const {
-    transform<Arithmetic<double, Real>, Direction::forward>(SplitSamples<Real>{re, im},
-                                                            twiddles.exponent(), twiddles);
+    transform<Arithmetic<double, Real>, direction>(SplitSamples<Real>{re, im}, twiddles.exponent(),
+                                                   twiddles);
   }
 };
 
 struct InverseLine {
   static constexpr bool divides_in_2d = false;
+  static constexpr Direction direction = Direction::inverse;
+  template <class Real>
+  using Rounded = float;
+
+  static constexpr bool is_centred() { return false; }
 
   template <class Real>
   void operator()(Real* re, Real* im, const Twiddles<double>& twiddles) const {
-    transform<Arithmetic<double, float>, Direction::inverse>(SplitSamples<Real>{re, im},
-                                                             twiddles.exponent(), twiddles);
+    transform<Arithmetic<double, float>, direction>(SplitSamples<Real>{re, im}, twiddles.exponent(),
+                                                    twiddles);
   }
 };
 
@@ -41,18 +62,18 @@ struct InverseLine {
 /// frequency zero to the middle.
 struct CentredForwardLine {
   static constexpr bool divides_in_2d = true;
+  static constexpr Direction direction = Direction::forward;
+  template <class Real>
+  using Rounded = Real;
 
   int centre;
 
+  bool is_centred() const { return centre == 1; }
+
   template <class Real>
   void operator()(Real* re, Real* im, const Twiddles<double>& twiddles) const {
-    if (centre == 1) {
-      const std::size_t n = std::size_t{1} << twiddles.exponent();
-      for (std::size_t i = 0; i < n; ++i) {
-        const Real sign = i % 2 == 0 ? Real{1} : Real{-1};
-        re[i] *= sign;
-        im[i] *= sign;
-      }
+    if (is_centred()) {
+      alternate_signs(re, im, std::size_t{1} << twiddles.exponent());
     }
     ForwardLine{}(re, im, twiddles);
   }

@@ -17,8 +17,6 @@
 
 namespace sarnum {
 
-enum class Direction { forward, inverse };
-
 /// Lengths the transforms are defined for: 2^0 … 2^30.
 constexpr bool is_transform_exponent(int m) {
   return m >= 0 && m <= 30;

@@ -31,6 +31,7 @@ struct TableTwiddles {
     }
   }
 
+  static Direction direction() { return Direction::forward; }
   const sarnum::Level& level() const { return sarnum::level_in_use(); }
   std::optional<sarnum::KernelTwiddles<Real>> for_kernels() const {
     return tables.kernel_table<Real>().twiddles(level(), *tables.ready_exponent);

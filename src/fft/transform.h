@@ -9,33 +9,31 @@
 
 namespace sarnum {
 
-/// The kernels for an arithmetic and a layout: forward, with the results multiplied by `scale`.
-inline void run_kernel(const Level& level, Arithmetic<double, double>, Direction,
-                       SplitSamples<double> x, int m, const KernelTwiddles<double>& w,
-                       double scale) {
+/// The kernels for an arithmetic and a layout, with the results multiplied by `scale`.
+inline void run_kernel(const Level& level, Arithmetic<double, double>, bool, SplitSamples<double> x,
+                       int m, const KernelTwiddles<double>& w, double scale) {
   level.double_split(x.re, x.im, m, w, scale);
 }
 
-inline void run_kernel(const Level& level, Arithmetic<float, float>, Direction,
-                       SplitSamples<float> x, int m, const KernelTwiddles<float>& w, float scale) {
+inline void run_kernel(const Level& level, Arithmetic<float, float>, bool, SplitSamples<float> x,
+                       int m, const KernelTwiddles<float>& w, float scale) {
   level.float_split(x.re, x.im, m, w, scale);
 }
 
-inline void run_kernel(const Level& level, Arithmetic<double, float>, Direction,
-                       SplitSamples<double> x, int m, const KernelTwiddles<double>& w,
-                       double scale) {
+inline void run_kernel(const Level& level, Arithmetic<double, float>, bool, SplitSamples<double> x,
+                       int m, const KernelTwiddles<double>& w, double scale) {
   level.double_rounded(x.re, x.im, m, w, scale);
 }
 
-inline void run_kernel(const Level& level, Arithmetic<double, float>, Direction,
-                       SplitSamples<float> x, int m, const KernelTwiddles<double>& w, float scale) {
+inline void run_kernel(const Level& level, Arithmetic<double, float>, bool, SplitSamples<float> x,
+                       int m, const KernelTwiddles<double>& w, float scale) {
   level.float_rounded(x.re, x.im, m, w, scale);
 }
 
-inline void run_kernel(const Level& level, Arithmetic<float, float>, Direction direction,
+inline void run_kernel(const Level& level, Arithmetic<float, float>, bool inverse,
                        InterleavedSamples<float> x, int m, const KernelTwiddles<float>& w,
                        float scale) {
-  level.float_interleaved(x.data, direction == Direction::inverse, m, w, scale);
+  level.float_interleaved(x.data, inverse, m, w, scale);
 }
 
 /// The conjugate twiddle is an exchange of real and imaginary parts, exactly.
@@ -46,7 +44,7 @@ SplitSamples<Real> exchanged(SplitSamples<Real> x) {
 
 template <class Real>
 InterleavedSamples<Real> exchanged(InterleavedSamples<Real> x) {
-  return x;  // its kernel is told the direction
+  return x;  // its kernel is told
 }
 
 enum class Scaling { none, by_length };
@@ -61,8 +59,8 @@ void transform(Samples x, int m, const TwiddleSource& twiddles) {
     // The length is a power of two: multiplying by its inverse is dividing by it.
     const Element scale =
         scaling == Scaling::none ? Element{1} : Element{1} / static_cast<Element>(1 << m);
-    run_kernel(twiddles.level(), Arithmetic{}, direction,
-               direction == Direction::inverse ? exchanged(x) : x, m, *w, scale);
+    const bool inverse = direction != twiddles.direction();
+    run_kernel(twiddles.level(), Arithmetic{}, inverse, inverse ? exchanged(x) : x, m, *w, scale);
     return;
   }
   butterflies<Arithmetic, direction>(x, m, twiddles);

@@ -16,6 +16,8 @@
 
 namespace sarnum {
 
+enum class Direction { forward, inverse };
+
 /// e^(−ix) of a forward transform is c − i·s.
 template <class Real>
 struct Twiddle {
@@ -75,25 +77,29 @@ struct LaneOrder {
 template <class Real>
 class Twiddles {
  public:
-  /// @param m  0 … 30.
+  /// For a line of 2^m elements, m in 0 … 30.
   Twiddles(Real two_pi, int m)
-      : two_pi_(two_pi), level_(level_in_use()), order_{m, lane_exponent<Real>(level_, m)} {
+      : Twiddles(two_pi, LaneOrder{m, lane_exponent<Real>(level_in_use(), m)}) {}
+
+  /// In a given order, and for kernels of one direction.
+  Twiddles(Real two_pi, LaneOrder order, Direction direction = Direction::forward)
+      : two_pi_(two_pi), level_(level_in_use()), order_(order), direction_(direction) {
     table_.reset(new (std::nothrow) Real[2 * order_.lanes() * order_.vectors()]);
     if (table_ != nullptr) {
-      order_.fill(table_.get(), [this](std::size_t angle) { return compute(angle); });
+      order_.fill(table_.get(), [this](std::size_t angle) { return directed(compute(angle)); });
     }
   }
 
   int exponent() const { return order_.m; }
 
-  /// The twiddle of a group.
+  /// The forward twiddle of a group.
   Twiddle<Real> operator()(std::size_t group) const {
     if (table_ == nullptr) {
       return compute(
           static_cast<std::size_t>(reverse_low_bits(static_cast<int>(group), order_.m - 1)));
     }
     const Real* const cosine = table_.get() + order_.cosine_of(group);
-    return {cosine[0], cosine[order_.lanes()]};
+    return directed({cosine[0], cosine[order_.lanes()]});
   }
 
   /// Brings the results of the plain form into natural order.
@@ -104,22 +110,38 @@ class Twiddles {
 
   const Level& level() const { return level_; }
 
-  /// What the kernels of the level read, if there is one for this length.
+  /// The transforms that for_kernels() and for_columns() make of a forward kernel.
+  Direction direction() const { return direction_; }
+
+  /// What the kernels of the level read for a line, if there is one for this length.
   std::optional<KernelTwiddles<Real>> for_kernels() const {
-    if (table_ == nullptr || order_.v == 0) {
-      return std::nullopt;
-    }
-    return KernelTwiddles<Real>{table_.get(), table_.get(), 2 * order_.lanes(), order_.lanes()};
+    return table_ != nullptr && order_.v != 0 ? std::optional(view()) : std::nullopt;
+  }
+
+  /// What they read for columns, whose stages all go by groups.
+  std::optional<KernelTwiddles<Real>> for_columns() const {
+    const bool is_served = level_.vector_bytes != 0 && order_.m >= least_column_exponent;
+    return is_served && table_ != nullptr && order_.v == 0 ? std::optional(view()) : std::nullopt;
   }
 
  private:
+  KernelTwiddles<Real> view() const {
+    return {table_.get(), table_.get(), 2 * order_.lanes(), order_.lanes()};
+  }
+
   Twiddle<Real> compute(std::size_t angle) const {
     return twiddle_at(two_pi_, static_cast<int>(angle), 1 << order_.m);
+  }
+
+  /// From forward to the table's direction, and back.
+  Twiddle<Real> directed(Twiddle<Real> w) const {
+    return {w.c, direction_ == Direction::inverse ? -w.s : w.s};
   }
 
   Real two_pi_;
   const Level& level_;
   LaneOrder order_;
+  Direction direction_;
   std::unique_ptr<Real[]> table_;
 };
 

@@ -17,6 +17,7 @@ using sarnum::Level;
 
 const Level* inner;
 int kernel_runs;
+int column_runs;
 
 template <auto member>
 struct Counted;
@@ -26,6 +27,23 @@ struct Counted<member> {
     ++kernel_runs;
     (inner->*member)(arguments...);
   }
+};
+
+template <auto raster>
+struct CountedRaster;
+template <class Real, sarnum::RasterKernels<Real> Level::*raster>
+struct CountedRaster<raster> {
+  static void row(Real* re, Real* im, void* to, int m, const sarnum::KernelTwiddles<double>& w,
+                  Real scale) {
+    ++kernel_runs;
+    (inner->*raster).row(re, im, to, m, w, scale);
+  }
+  static void columns(const sarnum::ColumnBlock& block, const sarnum::KernelTwiddles<double>& w,
+                      Real scale) {
+    column_runs += 1 << block.columns_exponent;
+    (inner->*raster).columns(block, w, scale);
+  }
+  static constexpr sarnum::RasterKernels<Real> table = {row, columns};
 };
 
 /// Forces a level, for the tables of 2^m too, and counts the kernels it runs.
@@ -38,6 +56,10 @@ class Forced {
     counted_.float_interleaved = Counted<&Level::float_interleaved>::run;
     counted_.double_rounded = Counted<&Level::double_rounded>::run;
     counted_.float_rounded = Counted<&Level::float_rounded>::run;
+    counted_.double_raster = CountedRaster<&Level::double_raster>::table;
+    counted_.double_rounded_raster = CountedRaster<&Level::double_rounded_raster>::table;
+    counted_.float_rounded_raster = CountedRaster<&Level::float_rounded_raster>::table;
+    kernel_runs = column_runs = 0;
     sarnum::force_level(&counted_);
     EXPECT_STREQ(sarnum::build_info().instruction_set, level->name);
     EXPECT_EQ(init_ibitr(m), 0);
@@ -92,7 +114,6 @@ void check_levels(int m) {
     for (const Level* const level : levels) {
       SCOPED_TRACE(testing::Message() << form.name << " m=" << m << ' ' << level->name);
       const Forced forced(level, m);
-      kernel_runs = 0;
       const auto actual = results(form, lines, m, offset);
       const bool has_kernel = level->vector_bytes != 0 && m >= sarnum::least_kernel_exponent;
       ASSERT_EQ(kernel_runs, has_kernel ? static_cast<int>(lines.size()) : 0);
@@ -114,6 +135,107 @@ TEST(Levels, GiveTheValuesOfThePlainForms) {
     check_levels<double>(m);
     check_levels<float>(m);
   }
+}
+
+/// A transform, centred or inverse, of complex pixels in place; rows begin `distance` bytes apart,
+/// every second one counted from the end.
+struct Raster {
+  int type;
+  int centre;  ///< 2: inverse
+  int width;
+  int height;
+  std::size_t distance;
+  int columns_at_once;  ///< where vectors have no more lanes than this
+
+  std::vector<unsigned char> transformed() const {
+    const auto memory_size = distance * static_cast<std::size_t>(height) + 65536;
+    std::vector<unsigned char> memory(memory_size);
+    const auto values = oracle::random_values<float>(memory_size / 8, 3);
+    for (std::size_t i = 0; i < values.size(); ++i) {
+      const double wide = values[i];
+      const bool is_double = type == TD_COMPLEX_FLOAT64;
+      std::memcpy(&memory[is_double ? 8 * i : 4 * i],
+                  is_double ? static_cast<const void*>(&wide) : &values[i], is_double ? 8 : 4);
+    }
+    std::vector<void*> rows;
+    for (int k = 0; k < height; ++k) {
+      rows.push_back(&memory[distance * static_cast<std::size_t>(k % 2 == 0 ? k : height - k)]);
+    }
+    CFFTClass object;
+    if (centre == 2) {
+      object.IFFT_2D(rows.data(), rows.data(), width, height, type, nullptr);
+    } else {
+      object.FFT_2D_NEW(rows.data(), rows.data(), width, height, type, centre, nullptr);
+    }
+    return memory;
+  }
+};
+
+TEST(Levels, GiveTheValuesOfThePlainFormsForRasters) {
+  for (const Level* const level : sarnum::runnable_levels()) {
+    for (const int type : {TD_COMPLEX_FLOAT32, TD_COMPLEX_FLOAT64}) {
+      for (const int centre : {0, 1, 2}) {
+        const std::size_t pixel = type == TD_COMPLEX_FLOAT32 ? 8 : 16;
+        for (const Raster& raster : {Raster{type, centre, 64, 32, 64 * pixel + 4, 64},
+                                     {type, centre, 16, 4, 16 * pixel, 16},
+                                     {type, centre, 64, 512, 64 * pixel, 64},
+                                     {type, centre, 32, 16, 9 * pixel / 2, 4},
+                                     {type, centre, 32, 8, pixel, 1},
+                                     {type, centre, 32, 8, 0, 0}}) {
+          SCOPED_TRACE(testing::Message() << level->name << " type " << type << ' ' << centre
+                                          << ", " << raster.width << " x " << raster.height);
+          std::vector<unsigned char> expected;
+          {
+            const Forced plain(sarnum::runnable_levels().front(), 0);
+            expected = raster.transformed();
+          }
+          const Forced forced(level, 0);
+          EXPECT_TRUE(raster.transformed() == expected);
+          const bool has_kernels = level->vector_bytes != 0;
+          EXPECT_EQ(kernel_runs, has_kernels ? raster.height : 0);
+          const bool has_blocks = has_kernels && level->vector_bytes <= 8 * raster.columns_at_once;
+          EXPECT_EQ(column_runs, has_blocks ? raster.width : 0);
+        }
+      }
+    }
+  }
+}
+
+/// At step k of the columns column k must be in place, and not all that follow.
+class WatchingMeter : public CMeterInfo {
+ public:
+  void StepIt() override {
+    const int column = steps++ - 128;
+    if (column >= 0 && raster != nullptr) {
+      early += raster[2 * column] != done[2 * column];
+      late += column + 64 < 128 && raster[2 * column + 128] == done[2 * column + 128];
+    }
+  }
+
+  const float* raster = nullptr;
+  const float* done = nullptr;
+  int steps = 0;
+  int early = 0;
+  int late = 0;
+};
+
+TEST(Levels, TheMeterKeepsPaceWithTheColumns) {
+  auto values = oracle::random_values<float>(2 * 128 * 128, 3);
+  auto done = values;
+  WatchingMeter meter;
+  for (auto* const raster : {&done, &values}) {
+    std::vector<void*> rows;
+    for (std::size_t k = 0; k < 128; ++k) {
+      rows.push_back(raster->data() + 256 * k);
+    }
+    meter.raster = raster == &done ? nullptr : values.data();
+    meter.done = done.data();
+    meter.steps = 0;
+    CFFTClass().FFT_2D(rows.data(), rows.data(), 128, 128, TD_COMPLEX_FLOAT32, &meter);
+    EXPECT_EQ(meter.steps, 256);
+  }
+  EXPECT_EQ(meter.early, 0);
+  EXPECT_EQ(meter.late, 0);
 }
 
 TEST(Levels, TablesOfAnotherLevelServeThePlainForm) {

@@ -14,7 +14,7 @@ extern const Level level_avx512;
 
 namespace {
 
-constexpr Level level_scalar = {"scalar", 0, nullptr, nullptr, nullptr, nullptr, nullptr};
+constexpr Level level_scalar = {"scalar", 0, {}, {}, {}, {}, {}, {}, {}, {}};
 
 struct Levels {
   const Level* list[4] = {&level_scalar, &level_baseline};

@@ -19,9 +19,29 @@ struct KernelTwiddles {
   std::size_t sine_offset;   ///< from the cosine of a group to its sine
 };
 
-/// One level. Its transforms, of 2^m elements with m ≥ least_kernel_exponent, are forward ones;
-/// each result is multiplied by `scale` at the end. An inverse transform is a forward one with the
-/// real and the imaginary parts in each other's place.
+/// Some columns of a raster of interleaved pixels: those that follow the byte `offset` of each row.
+struct ColumnBlock {
+  void* const* rows;  ///< 2^m of them
+  int m;
+  std::size_t offset;
+  int columns_exponent;  ///< 2^columns_exponent columns, no fewer than lanes
+  void* storage;         ///< room for as many pixels
+  bool centred;          ///< odd rows change their sign before the transform
+};
+
+/// The transforms of rasters, each result multiplied by `scale`; inverse ones with the twiddles of
+/// the inverse direction.
+template <class Real>
+struct RasterKernels {
+  /// A split line of m ≥ least_kernel_exponent whose results go to interleaved pixels elsewhere.
+  void (*row)(Real* re, Real* im, void* to, int m, const KernelTwiddles<double>&, Real scale);
+  /// Columns in place, m ≥ least_column_exponent. The groups of all stages are needed.
+  void (*columns)(const ColumnBlock&, const KernelTwiddles<double>&, Real scale);
+};
+
+/// One level. The transforms of lines, of 2^m elements with m ≥ least_kernel_exponent, are forward
+/// ones where they are not told otherwise; each result is multiplied by `scale` at the end. An
+/// inverse transform is a forward one with the real and the imaginary parts in each other's place.
 struct Level {
   const char* name;
   int vector_bytes;  ///< 0: there are no kernels
@@ -31,13 +51,17 @@ struct Level {
   void (*float_split)(float* re, float* im, int m, const KernelTwiddles<float>&, float scale);
   void (*float_interleaved)(float* data, bool inverse, int m, const KernelTwiddles<float>&,
                             float scale);
+  RasterKernels<double> double_raster;
   /// Computed in double, each butterfly result rounded to float.
   void (*double_rounded)(double* re, double* im, int m, const KernelTwiddles<double>&,
                          double scale);
   void (*float_rounded)(float* re, float* im, int m, const KernelTwiddles<double>&, float scale);
+  RasterKernels<double> double_rounded_raster;
+  RasterKernels<float> float_rounded_raster;
 };
 
 constexpr int least_kernel_exponent = 4;
+constexpr int least_column_exponent = 2;
 
 /// The base-2 logarithm of the lanes that the kernels of a level use for a length 2^m, when they
 /// compute in Real; 0 when there is no kernel.

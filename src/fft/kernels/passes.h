@@ -64,12 +64,16 @@ SARNUM_INLINE void unrolled(const Body& body) {
   }
 }
 
-constexpr int reverse(int x, int bits) {
-  unsigned reversed = 0;
-  for (int bit = 0; bit < bits; ++bit) {
-    reversed = 2 * reversed + ((static_cast<unsigned>(x) >> bit) & 1U);
+/// The low `bits` bits of x, reversed.
+constexpr size_t reverse(size_t x, int bits) {
+  if (bits == 0) {
+    return 0;
   }
-  return static_cast<int>(reversed);
+  unsigned long long r = __builtin_bswap64(x);
+  r = ((r >> 4) & 0x0f0f0f0f0f0f0f0fU) | ((r & 0x0f0f0f0f0f0f0f0fU) << 4);
+  r = ((r >> 2) & 0x3333333333333333U) | ((r & 0x3333333333333333U) << 2);
+  r = ((r >> 1) & 0x5555555555555555U) | ((r & 0x5555555555555555U) << 1);
+  return static_cast<size_t>(r >> (64 - bits));
 }
 
 constexpr int log2_of(int power) {
@@ -135,8 +139,8 @@ SARNUM_INLINE void transpose(Row* rows, Part Row::*part) {
   });
 }
 
-template <class Vec, class Element>
-SARNUM_INLINE Vec read(const Element* from) {
+template <class Vec>
+SARNUM_INLINE Vec read(const void* from) {
   Vec value;
   __builtin_memcpy(&value, from, sizeof value);
   return value;
@@ -156,33 +160,37 @@ SARNUM_INLINE To convert(From value) {
 // --- Arithmetic --------------------------------------------------------------------------------
 
 /// Elements of type Stored, computed on in Real; each butterfly result is rounded to Rounded.
+/// Between two stages values are held as they would be stored: what is rounded is narrow there too.
 template <class Stored, class Real, class Rounded, int lane_count>
 struct Arithmetic {
   using Element = Stored;
   using Computed = Real;
-  using Vec = Vector<Real, lane_count>;
-  using Value = Pair<Vec>;
+  using Held = Vector<Stored, lane_count>;
+  using Value = Pair<Held>;
+  using Wide = Vector<Real, lane_count>;
+  using Twiddles = Pair<Wide>;
   static constexpr int lanes = lane_count;
 
-  static SARNUM_INLINE Vec load(const Stored* from) {
-    return convert<Vec>(read<Vector<Stored, lanes>>(from));
+  static SARNUM_INLINE Held load(const void* from) { return read<Held>(from); }
+  static SARNUM_INLINE void store(void* to, Held value) {
+    __builtin_memcpy(to, &value, sizeof value);
   }
 
-  static SARNUM_INLINE void store(Stored* to, Vec value) {
-    const auto stored = convert<Vector<Stored, lanes>>(value);
-    __builtin_memcpy(to, &stored, sizeof stored);
-  }
-
-  static SARNUM_INLINE Vec round(Vec value) {
-    return convert<Vec>(convert<Vector<Rounded, lanes>>(value));
+  static SARNUM_INLINE Wide widen(Held value) { return convert<Wide>(value); }
+  static SARNUM_INLINE Held round(Wide value) {
+    return convert<Held>(convert<Vector<Rounded, lanes>>(value));
   }
 
   template <class Twiddle>
   static SARNUM_INLINE void butterfly(Value& a, Value& b, Twiddle w) {
-    const Vec t_re = b.re * w.re + b.im * w.im;
-    const Vec t_im = b.im * w.re - b.re * w.im;
-    b = {round(a.re - t_re), round(a.im - t_im)};
-    a = {round(a.re + t_re), round(a.im + t_im)};
+    const Wide a_re = widen(a.re);
+    const Wide a_im = widen(a.im);
+    const Wide b_re = widen(b.re);
+    const Wide b_im = widen(b.im);
+    const Wide t_re = b_re * w.re + b_im * w.im;
+    const Wide t_im = b_im * w.re - b_re * w.im;
+    b = {round(a_re - t_re), round(a_im - t_im)};
+    a = {round(a_re + t_re), round(a_im + t_im)};
   }
 
   /// The last `stages` stages of the 2^stages elements of x. twiddle_of(stage, group) is given
@@ -219,25 +227,27 @@ struct SplitVectors {
   }
 };
 
-/// Real and imaginary parts in turn; `swapped` takes each for the other.
+/// Real and imaginary parts in turn, at any address; `swapped` takes each for the other.
 template <class Arithmetic, bool swapped>
 struct InterleavedVectors {
   using Value = typename Arithmetic::Value;
   static constexpr int lanes = Arithmetic::lanes;
+  static constexpr size_t pixel = 2 * sizeof(typename Arithmetic::Element);
 
-  typename Arithmetic::Element* data;
+  unsigned char* bytes;
 
   SARNUM_INLINE Value load(size_t i) const {
-    const auto a = Arithmetic::load(data + 2 * i);
-    const auto b = Arithmetic::load(data + 2 * i + lanes);
+    const auto a = Arithmetic::load(bytes + i * pixel);
+    const auto b = Arithmetic::load(bytes + i * pixel + lanes * pixel / 2);
     return {shuffle<Alternate<swapped ? 1 : 0>, lanes>(a, b),
             shuffle<Alternate<swapped ? 0 : 1>, lanes>(a, b)};
   }
   SARNUM_INLINE void store(size_t i, Value value) const {
     const auto first = swapped ? value.im : value.re;
     const auto second = swapped ? value.re : value.im;
-    Arithmetic::store(data + 2 * i, shuffle<Interleave<0, lanes>, lanes>(first, second));
-    Arithmetic::store(data + 2 * i + lanes, shuffle<Interleave<1, lanes>, lanes>(first, second));
+    Arithmetic::store(bytes + i * pixel, shuffle<Interleave<0, lanes>, lanes>(first, second));
+    Arithmetic::store(bytes + i * pixel + lanes * pixel / 2,
+                      shuffle<Interleave<1, lanes>, lanes>(first, second));
   }
 };
 
@@ -254,6 +264,41 @@ struct BlockedVectors {
   SARNUM_INLINE void store(size_t i, typename Arithmetic::Value value) const {
     Arithmetic::store(data + 2 * i, value.re);
     Arithmetic::store(data + 2 * i + Arithmetic::lanes, value.im);
+  }
+};
+
+/// The columns of a block: element (row, column) stands where row after row would have it.
+template <class Arithmetic>
+struct GatheredColumns {
+  const ColumnBlock& block;
+
+  SARNUM_INLINE typename Arithmetic::Value load(size_t i) const {
+    using Pixels = InterleavedVectors<Arithmetic, false>;
+    const size_t row = i >> block.columns_exponent;
+    const size_t column = i & ((size_t{1} << block.columns_exponent) - 1);
+    auto* const from =
+        static_cast<unsigned char*>(block.rows[row]) + block.offset + column * Pixels::pixel;
+    // The next block is of the same rows: too far apart for a CPU to see it coming.
+    __builtin_prefetch(from + (Pixels::pixel << block.columns_exponent));
+    const auto value = Pixels{from}.load(0);
+    return block.centred && row % 2 != 0 ? typename Arithmetic::Value{-value.re, -value.im} : value;
+  }
+};
+
+/// The same when the stages are done: rows are in bit-reversed order.
+template <class Arithmetic>
+struct ScatteredColumns {
+  const ColumnBlock& block;
+  typename Arithmetic::Element scale;
+  size_t begin;
+
+  ScatteredColumns from(size_t i) const { return {block, scale, begin + i}; }
+  SARNUM_INLINE void store(size_t i, typename Arithmetic::Value value) const {
+    using Pixels = InterleavedVectors<Arithmetic, false>;
+    const size_t row = reverse((begin + i) >> block.columns_exponent, block.m);
+    const size_t column = i & ((size_t{1} << block.columns_exponent) - 1);
+    Pixels{static_cast<unsigned char*>(block.rows[row]) + block.offset}.store(
+        column, {value.re * scale, value.im * scale});
   }
 };
 
@@ -307,28 +352,35 @@ void fused_pass(int stages, In in, Out out, size_t block, size_t first_group, si
   }
 }
 
-/// The next `left` stages (two or more) of one block.
-template <class A, class In, class Out>
-void passes_of(In in, Out out, size_t block, size_t group, int left,
+/// The next `left` stages (two or more) of one block, from `in` to `out` by way of `work`.
+template <class A, class In, class Work, class Out>
+void passes_of(In in, Work work, Out out, size_t block, size_t group, int left,
                const KernelTwiddles<typename A::Computed>& w) {
-  const bool is_near = block * 2 * sizeof(typename A::Element) <= near_cache;
   int stages = fused_stages<typename A::Element>(block, left);
-  fused_pass<A>(stages, in, out, block, group, 1, w);
-  if (!is_near) {
+  if (stages == left) {
+    fused_pass<A>(stages, in, out, block, group, 1, w);
+    return;
+  }
+  fused_pass<A>(stages, in, work, block, group, 1, w);
+  if (block * 2 * sizeof(typename A::Element) > near_cache) {
     const size_t part = block >> stages;
-    for (size_t k = 0; k < size_t{1} << stages && left > stages; ++k) {
-      const auto inner = out.from(k * part);
-      passes_of<A>(inner, inner, part, (group << stages) + k, left - stages, w);
+    for (size_t k = 0; k < size_t{1} << stages; ++k) {
+      const auto inner = work.from(k * part);
+      passes_of<A>(inner, inner, out.from(k * part), part, (group << stages) + k, left - stages, w);
     }
     return;
   }
-  size_t groups = 1;
-  while ((left -= stages) > 0) {
+  for (size_t groups = 1; left > stages;) {
+    left -= stages;
     block >>= stages;
     group <<= stages;
     groups <<= stages;
     stages = fused_stages<typename A::Element>(block, left);
-    fused_pass<A>(stages, out, out, block, group, groups, w);
+    if (stages == left) {
+      fused_pass<A>(stages, work, out, block, group, groups, w);
+    } else {
+      fused_pass<A>(stages, work, work, block, group, groups, w);
+    }
   }
 }
 
@@ -349,11 +401,11 @@ struct Tile {
   /// Twiddles of stage v − 1 − skipped, a lane's angle 2^skipped steps from the next lane's: lanes
   /// at this distance, from `2^skipped` vectors of the table.
   template <int skipped>
-  static SARNUM_INLINE typename A::Value twiddles(const typename A::Computed* lanes, int m,
-                                                  size_t index) {
+  static SARNUM_INLINE typename A::Twiddles twiddles(const typename A::Computed* lanes, int m,
+                                                     size_t index) {
     if constexpr (skipped == 0) {
       const auto* const cosines = lanes + 2 * A::lanes * index;
-      return {read<typename A::Vec>(cosines), read<typename A::Vec>(cosines + A::lanes)};
+      return {read<typename A::Wide>(cosines), read<typename A::Wide>(cosines + A::lanes)};
     } else {
       const size_t half = size_t{1} << (m - v - 1 - skipped);
       const auto a = twiddles<skipped - 1>(lanes, m, index);
@@ -366,9 +418,8 @@ struct Tile {
   /// Loads tile t and does its stages.
   template <class In>
   SARNUM_INLINE void transform(In in, int m, size_t t, const typename A::Computed* lanes) {
-    unrolled<A::lanes>([&](auto row) {
-      x[row] = in.load((static_cast<size_t>(reverse(row, v)) << (m - v)) + t * A::lanes);
-    });
+    unrolled<A::lanes>(
+        [&](auto row) { x[row] = in.load((reverse(row, v) << (m - v)) + t * A::lanes); });
     transpose<A::lanes>(x, &A::Value::re);
     transpose<A::lanes>(x, &A::Value::im);
     A::template butterflies<v>(x, [&](auto stage, auto group) {
@@ -381,13 +432,10 @@ struct Tile {
   template <class Out>
   SARNUM_INLINE void store(Out out, int m, size_t t, typename A::Element scale) {
     if (scale != 1) {
-      unrolled<A::lanes>([&](auto row) {
-        x[row] = {x[row].re * typename A::Computed{scale}, x[row].im * typename A::Computed{scale}};
-      });
+      unrolled<A::lanes>([&](auto row) { x[row] = {x[row].re * scale, x[row].im * scale}; });
     }
-    unrolled<A::lanes>([&](auto row) {
-      out.store((static_cast<size_t>(reverse(row, v)) << (m - v)) + t * A::lanes, x[row]);
-    });
+    unrolled<A::lanes>(
+        [&](auto row) { out.store((reverse(row, v) << (m - v)) + t * A::lanes, x[row]); });
   }
 };
 
@@ -396,7 +444,7 @@ void tile_pass(In in, Out out, int m, const typename A::Computed* lanes,
                typename A::Element scale) {
   const int bits = m - 2 * Tile<A>::v;
   for (size_t t = 0; t < size_t{1} << bits; ++t) {
-    const auto partner = static_cast<size_t>(reverse(static_cast<int>(t), bits));
+    const size_t partner = reverse(t, bits);
     if (t <= partner) {
       Tile<A> tile;
       tile.transform(in, m, t, lanes);
@@ -424,11 +472,12 @@ SARNUM_INLINE void with_lanes(int m, const Work& work) {
   work(Arithmetic<Stored, Real, Rounded, lanes>{});
 }
 
-template <class A, class Outer, class Inner>
-void transform(Outer outer, Inner inner, int m, const KernelTwiddles<typename A::Computed>& w,
+/// From `in` to `out`, by way of `work`, which may lie in the same place as either.
+template <class A, class In, class Work, class Out>
+void transform(In in, Work work, Out out, int m, const KernelTwiddles<typename A::Computed>& w,
                typename A::Element scale) {
-  passes_of<A>(outer, inner, size_t{1} << m, 0, m - log2_of(A::lanes), w);
-  tile_pass<A>(inner, outer, m, w.lanes, scale);
+  passes_of<A>(in, work, work, size_t{1} << m, 0, m - log2_of(A::lanes), w);
+  tile_pass<A>(work, out, m, w.lanes, scale);
 }
 
 template <class Stored, class Real, class Rounded>
@@ -436,28 +485,56 @@ void split(Stored* re, Stored* im, int m, const KernelTwiddles<Real>& w, Stored 
   with_lanes<Stored, Real, Rounded>(m, [&](auto arithmetic) {
     using A = decltype(arithmetic);
     const SplitVectors<A> x{re, im};
-    transform<A>(x, x, m, w, scale);
+    transform<A>(x, x, x, m, w, scale);
   });
 }
 
 void interleaved(float* data, bool inverse, int m, const KernelTwiddles<float>& w, float scale) {
   with_lanes<float, float, float>(m, [&](auto arithmetic) {
     using A = decltype(arithmetic);
+    auto* const bytes = reinterpret_cast<unsigned char*>(data);
+    const BlockedVectors<A> work{data};
     if (inverse) {
-      transform<A>(InterleavedVectors<A, true>{data}, BlockedVectors<A>{data}, m, w, scale);
+      const InterleavedVectors<A, true> x{bytes};
+      transform<A>(x, work, x, m, w, scale);
     } else {
-      transform<A>(InterleavedVectors<A, false>{data}, BlockedVectors<A>{data}, m, w, scale);
+      const InterleavedVectors<A, false> x{bytes};
+      transform<A>(x, work, x, m, w, scale);
     }
   });
+}
+
+template <class Stored, class Rounded>
+void row(Stored* re, Stored* im, void* to, int m, const KernelTwiddles<double>& w, Stored scale) {
+  with_lanes<Stored, double, Rounded>(m, [&](auto arithmetic) {
+    using A = decltype(arithmetic);
+    const SplitVectors<A> x{re, im};
+    transform<A>(x, x, InterleavedVectors<A, false>{static_cast<unsigned char*>(to)}, m, w, scale);
+  });
+}
+
+template <class Stored, class Rounded>
+void columns(const ColumnBlock& block, const KernelTwiddles<double>& w, Stored scale) {
+  using A = Arithmetic<Stored, double, Rounded, SARNUM_VECTOR_BYTES / sizeof(double)>;
+  passes_of<A>(GatheredColumns<A>{block}, BlockedVectors<A>{static_cast<Stored*>(block.storage)},
+               ScatteredColumns<A>{block, scale, 0},
+               size_t{1} << (block.m + block.columns_exponent), 0, block.m, w);
 }
 
 }  // namespace
 
 extern const Level SARNUM_TABLE_OF(SARNUM_LEVEL);
 const Level SARNUM_TABLE_OF(SARNUM_LEVEL) = {
-    SARNUM_NAME_OF(SARNUM_LEVEL), SARNUM_VECTOR_BYTES, split<double, double, double>,
-    split<float, float, float>,   interleaved,         split<double, double, float>,
-    split<float, double, float>,
+    .name = SARNUM_NAME_OF(SARNUM_LEVEL),
+    .vector_bytes = SARNUM_VECTOR_BYTES,
+    .double_split = split<double, double, double>,
+    .float_split = split<float, float, float>,
+    .float_interleaved = interleaved,
+    .double_raster = {row<double, double>, columns<double, double>},
+    .double_rounded = split<double, double, float>,
+    .float_rounded = split<float, double, float>,
+    .double_rounded_raster = {row<double, float>, columns<double, float>},
+    .float_rounded_raster = {row<float, float>, columns<float, float>},
 };
 
 }  // namespace sarnum
