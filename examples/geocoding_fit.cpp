@@ -6,13 +6,15 @@
 // fit the same polynomial, but number its terms differently.
 //
 // The tie points are simulated: the range to a place on the ground bends the columns, and so does
-// the height of the terrain; the positions on the map have an error of known size. What the fit
-// leaves at the tie points should be that error, less the share that the polynomial absorbs; where
-// it is more, the degree is too low for the terrain.
+// the height of the terrain; the positions on the map have a known error. What the fit
+// leaves at the tie points should be that error, less the share that the polynomial absorbs ("noise
+// left"); where it is more, the degree is too low for the terrain. The error of the fitted map
+// itself shows at other places, which have none ("true places").
 //
 // Coordinates are brought to −1 … 1 before a fit. In the normal equations stand sums of their
 // powers up to twice the degree: those of northings near 4.6e6 span 53 decimal orders, and digits
-// are lost. A line under each table shows what that would cost.
+// are lost. A line under each table shows what plain coordinates cost: nothing for columns and
+// rows, much for eastings and northings.
 #include <sarnum/sarnum.h>
 
 #include <algorithm>
@@ -35,6 +37,7 @@ constexpr double swath = 48e3;             // m
 constexpr double track = 80e3;             // m, length of the image along the track
 constexpr double range_spacing = 7.9;      // m in slant range from column to column
 constexpr double row_spacing = 20.0;       // m along the track from row to row
+constexpr double heading = -0.21;          // rad, of the track against north
 
 double slant_range(double ground, double height) {
   return std::hypot(platform_height - height, ground);
@@ -52,7 +55,6 @@ struct TiePoint {
 
 /// The place `across` metres from the near edge and `along` metres from the first row.
 TiePoint place(double across, double along) {
-  const double heading = -0.21;  // rad, of the track against north
   const double ground = near_ground + across;
   const double range = slant_range(ground, terrain(across, along));
   return {(range - slant_range(near_ground, 0.0)) / range_spacing, along / row_spacing,
@@ -124,6 +126,7 @@ struct Direction {
   const char *from_name, *to_name;
   Field from[2], to[2];
   std::function<double(const TiePoint&)> metres[2];
+  double noise[2];  // m, of the tie points, root mean square along each of `to`
 };
 
 void fit(const Direction& direction, const std::vector<TiePoint>& tie_points,
@@ -137,7 +140,7 @@ void fit(const Direction& direction, const std::vector<TiePoint>& tie_points,
 
   std::printf("\n%s to %s: root mean square residuals in metres\n", direction.from_name,
               direction.to_name);
-  std::printf("%-12s | %10s | %-16s | %-16s | %s\n", "degree terms", "noise left", "mnk2", "class",
+  std::printf("%-12s | %-16s | %-16s | %-16s | %s\n", "degree terms", "noise left", "mnk2", "class",
               "mnk2, true places");
   for (int degree = 1; degree <= 4; ++degree) {
     const int terms = (degree + 1) * (degree + 2) / 2;
@@ -159,9 +162,10 @@ void fit(const Direction& direction, const std::vector<TiePoint>& tie_points,
       on_truth[k] = residual(truth, target, with_mnk2, direction.metres[k]);
     }
     // M terms absorb the share M/n of the noise's square.
-    const double left = noise * std::sqrt(1.0 - static_cast<double>(terms) / points);
-    std::printf("%6d %5d | %10.2f | %7.2f %8.2f | %7.2f %8.2f | %7.2f %8.2f\n", degree, terms, left,
-                by_mnk2[0], by_mnk2[1], by_class[0], by_class[1], on_truth[0], on_truth[1]);
+    const double left = std::sqrt(1.0 - static_cast<double>(terms) / points);
+    std::printf("%6d %5d | %7.2f %8.2f | %7.2f %8.2f | %7.2f %8.2f | %7.2f %8.2f\n", degree, terms,
+                left * direction.noise[0], left * direction.noise[1], by_mnk2[0], by_mnk2[1],
+                by_class[0], by_class[1], on_truth[0], on_truth[1]);
   }
 
   Values z = pick(tie_points, direction.to[0]);
@@ -205,13 +209,22 @@ int main() {
   std::uniform_real_distribution<double> uniform;
   std::normal_distribution<double> error(0.0, noise);
   std::vector<TiePoint> tie_points, truth;
+  double squares[4] = {};  // of the errors in easting and northing, across and along the track
   for (std::size_t i = 0; i < points; ++i) {
     tie_points.push_back(place(swath * uniform(engine), track * uniform(engine)));
-    tie_points.back().easting += error(engine);
-    tie_points.back().northing += error(engine);
+    const double east = error(engine), north = error(engine);
+    tie_points.back().easting += east;
+    tie_points.back().northing += north;
+    squares[0] += east * east;
+    squares[1] += north * north;
+    squares[2] += std::pow(east * std::cos(heading) - north * std::sin(heading), 2.0);
+    squares[3] += std::pow(east * std::sin(heading) + north * std::cos(heading), 2.0);
     truth.push_back(place(swath * uniform(engine), track * uniform(engine)));
   }
-  std::printf("%zu tie points, with noise of %.2f m in easting and in northing\n", points, noise);
+  const auto noise_along = [&](int axis) { return std::sqrt(squares[axis] / points); };
+  std::printf(
+      "%zu tie points, noise of %.2f m in easting and %.2f m in northing (drawn with %.2f)\n",
+      points, noise_along(0), noise_along(1), noise);
 
   const auto one = [](const TiePoint&) { return 1.0; };
   const auto columns = [](const TiePoint& each) { return each.metres_per_column; };
@@ -220,13 +233,15 @@ int main() {
        "easting and northing",
        {&TiePoint::column, &TiePoint::row},
        {&TiePoint::easting, &TiePoint::northing},
-       {one, one}},
+       {one, one},
+       {noise_along(0), noise_along(1)}},
       tie_points, truth);
   fit({"easting and northing",
        "column and row",
        {&TiePoint::easting, &TiePoint::northing},
        {&TiePoint::column, &TiePoint::row},
-       {columns, rows}},
+       {columns, rows},
+       {noise_along(2), noise_along(3)}},
       tie_points, truth);
   show_term_orders(tie_points);
 }

@@ -6,9 +6,9 @@ set -eu
   function same(a, b, within) { return a - b <= within && b - a <= within }
   $1 ~ /^ *4 +15/ {
     tables += $1
-    split($3 " " $4 " " $5, m, " ")
+    split($2 " " $3 " " $4 " " $5, m, " ")
     for (k = 1; k <= 2; k++)
-      good += same(m[k], $2, 0.1 * $2) && same(m[k], m[k + 2], 0.01) && m[k + 4] < 0.5 * $2
+      good += same(m[k + 2], m[k], 0.02 * m[k]) && same(m[k + 2], m[k + 4], 0.01) && m[k + 6] < 0.5 * m[k]
   }
   NF == 3 && $1 ~ /^ *[0-9]/ {
     split($2, of_mnk2, " "); by_mnk2[of_mnk2[1]] = of_mnk2[2]

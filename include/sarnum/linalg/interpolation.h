@@ -33,11 +33,12 @@ class SARNUM_API CLagrangeInterpolation2D {
   /// or large, while the flag is 1: have more than N = (P + 1)(P + 2)/2 samples, and ask a value
   /// whether it is finite.
   ///
-  /// @param order  P. The fit takes storage of about 2·P⁴ bytes. Outside the contract: a negative
+  /// @param order  P. The fit takes storage of about 8·N² bytes, 41 kB for P = 10. Outside the
+  /// contract: a negative
   ///               order has N by the same formula, all constant terms; an order whose (P + 2)(P +
   ///               1) is beyond int gets no terms and flag 0.
-  /// @param count  number of samples; for count ≤ 0 the flag is 0 (1 when N is 0 as well) and
-  ///               values are NaN.
+  /// @param count  number of samples; for count ≤ 0 the flag is 0 and values are NaN. (An order
+  ///               of −1 or −2 has no terms: values are 0, and the flag is 1 for count ≥ 0.)
   /// @param x, y, z  coordinates and values, count doubles each; only read, and not kept.
   CLagrangeInterpolation2D(int order, int count, double* x, double* y, double* z);
   /// Shallow, see above.
@@ -56,6 +57,7 @@ class SARNUM_API CLagrangeInterpolation2D {
   /// @return 0 when there are no terms, NaN when there was no storage for the fit.
   double GetInterpolatedValue(double x, double y);
 
+  // To read; only the coefficients may be changed as well.
   double* coefficients;     ///< one for each of the N terms; owned
   double* secondExponents;  ///< power of y in each term; owned
   double* firstExponents;   ///< power of x in each term; owned

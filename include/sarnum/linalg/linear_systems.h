@@ -9,9 +9,12 @@
 /// Each declaration says how to get the usual result.
 ///
 /// The arithmetic is that of 64-bit doubles at every step, also where `long double` is wider:
-/// elements are rounded to double when a routine begins, and what it leaves are doubles. That takes
-/// storage of 8 bytes an element there (none for small matrices). Where it cannot be had, nothing
-/// is done.
+/// elements are rounded to double when a routine begins, and what it leaves are doubles
+/// (ChangeRow_IJ apart, which only moves elements). That takes storage of 8 bytes an element there;
+/// MatrixInversion takes 16 bytes an element everywhere. Small matrices take none. Where it cannot
+/// be had, nothing is done.
+///
+/// Calls on different matrices may run on any number of threads.
 ///
 /// Mathematics: G. H. Golub and C. F. Van Loan, "Matrix Computations", 4th ed. 2013, chapter 3.
 #ifndef SARNUM_LINALG_LINEAR_SYSTEMS_H
@@ -23,9 +26,9 @@
 ///
 /// Each row k = i + 1 … n in turn is exchanged with row i, over columns i … n + 1, when its element
 /// in column j is larger in magnitude than the one row i has by then. Row i ends with the largest,
-/// the first of equals; a NaN is larger than nothing and smaller than nothing. The rows it passed
-/// through are each one step further down: the lower rows come out in another order than after
-/// one exchange with the maximum.
+/// the first of equals; a NaN is larger than nothing and smaller than nothing. Each row that
+/// was there takes the place of the one that displaced it: the lower rows come out in another order
+/// than after one exchange with the maximum.
 ///
 /// @param i, j  row and column of the pivot, from 1. Outside 1 … n and 1 … n + 1 nothing is done.
 /// @param n     number of equations.
@@ -42,7 +45,7 @@ SARNUM_API void ChangeRow_IJ(int i, int j, int n, long double* a);
 /// @param a  n × (n + 1) matrix, the right-hand side in its last column. It is consumed: it holds
 ///           the eliminated system afterwards, with rounding residues below the diagonal and the
 ///           solution in place of the diagonal.
-/// @param x  n outputs.
+/// @param x  n outputs; may lie inside a.
 /// Without storage (see above) a and x stay as they are.
 SARNUM_API void Solve_System(int n, long double* a, long double* x);
 
@@ -56,8 +59,7 @@ SARNUM_API void Solve_System(int n, long double* a, long double* x);
 /// @param n       order. For n ≤ 0 the determinant is 1 and *result 0.
 /// @param a       n × n matrix, consumed: it holds what was eliminated, also when 0 is returned.
 /// @return 1; 0 when a pivot is exactly zero or, after the elimination, an element of the diagonal
-/// is
-///         not a number; also without storage (a is then as it was).
+///         is not a number; also without storage (a is then as it was).
 SARNUM_API int LnAbsDeterminant(double* result, int n, long double* a);
 
 /// Inverse by elimination to both sides.
