@@ -2,9 +2,9 @@
 /// Polynomials fitted to samples by least squares, through the normal equations.
 ///
 /// The normal equations square the condition number of the problem: bring the coordinates to the
-/// range −1 … 1 or so before a fit of degree 2 or more, or digits are lost (as many again as the
-/// powers of the coordinates span). No routine detects a singular fit: ask the coefficients whether
-/// they are finite, and mind that rounding may leave large ones instead.
+/// range −1 … 1 or so before a fit of degree 2 or more, or digits are lost. No routine
+/// detects a singular fit: ask the coefficients whether they are finite, and mind that rounding may
+/// leave large ones instead. Calls with different outputs may run on any number of threads.
 ///
 /// Mathematics: G. H. Golub and C. F. Van Loan, "Matrix Computations", 4th ed. 2013, section 5.3.
 #ifndef SARNUM_LINALG_LEAST_SQUARES_H

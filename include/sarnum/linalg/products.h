@@ -1,5 +1,6 @@
 /// @file
-/// Products of vectors, element by element, and of dense matrices.
+/// Products of vectors, element by element, and of dense matrices. Calls with different outputs may
+/// run on any number of threads.
 #ifndef SARNUM_LINALG_PRODUCTS_H
 #define SARNUM_LINALG_PRODUCTS_H
 
