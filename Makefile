@@ -52,8 +52,7 @@ bench:
 	cmake --preset bench
 	cmake --build --preset bench --parallel "$(JOBS)" --target transforms_bench numeric_bench
 	for name in transforms numeric; do \
-	  build/bench/bench/$${name}_bench --benchmark_out=build/bench/$$name.json \
-	    --benchmark_out_format=json || exit 1; \
+	  build/bench/bench/$${name}_bench build/bench/$$name.json || exit 1; \
 	done
 
 install:
