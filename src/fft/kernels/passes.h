@@ -13,6 +13,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 
 #include "fft/kernels/level.h"
 
@@ -278,8 +279,10 @@ struct GatheredColumns {
     const size_t column = i & ((size_t{1} << block.columns_exponent) - 1);
     auto* const from =
         static_cast<unsigned char*>(block.rows[row]) + block.offset + column * Pixels::pixel;
-    // The next block is of the same rows: too far apart for a CPU to see it coming.
-    __builtin_prefetch(from + (Pixels::pixel << block.columns_exponent));
+    // The next block is of the same rows: too far apart for a CPU to see it coming. After the last
+    // one this is an address of no row, which does no harm.
+    __builtin_prefetch(reinterpret_cast<const void*>(reinterpret_cast<std::uintptr_t>(from) +
+                                                     (Pixels::pixel << block.columns_exponent)));
     const auto value = Pixels{from}.load(0);
     return block.centred && row % 2 != 0 ? typename Arithmetic::Value{-value.re, -value.im} : value;
   }
