@@ -1,3 +1,4 @@
+// Which levels there are, and which of them this CPU can run.
 #include "fft/kernels/level.h"
 
 #include <algorithm>

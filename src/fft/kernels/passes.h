@@ -276,11 +276,9 @@ struct GatheredColumns {
     using Pixels = InterleavedVectors<Arithmetic, false>;
     const size_t row = i >> block.columns_exponent;
     const size_t column = i & ((size_t{1} << block.columns_exponent) - 1);
-    auto* const from =
-        static_cast<unsigned char*>(block.rows[row]) + block.offset + column * Pixels::pixel;
-    // The next block is of the same rows: too far apart for a CPU to see it coming.
-    __builtin_prefetch(from + (Pixels::pixel << block.columns_exponent));
-    const auto value = Pixels{from}.load(0);
+    auto* const pixels = static_cast<unsigned char*>(block.rows[row]) + column * Pixels::pixel;
+    __builtin_prefetch(pixels + block.next_offset);
+    const auto value = Pixels{pixels + block.offset}.load(0);
     return block.centred && row % 2 != 0 ? typename Arithmetic::Value{-value.re, -value.im} : value;
   }
 };
