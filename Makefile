@@ -8,7 +8,7 @@ BUILD_PACKAGES = g++ cmake ninja-build libgdal-dev libcli11-dev nlohmann-json3-d
 TEST_PACKAGES = $(BUILD_PACKAGES) libgtest-dev libgmock-dev pkgconf
 LINT_PACKAGES = $(TEST_PACKAGES) clang clang-format clang-tidy
 BENCH_PACKAGES = $(BUILD_PACKAGES) libbenchmark-dev libfftw3-dev libopenblas-dev \
-  liblapacke-dev pkgconf
+  liblapacke-dev pkgconf gdal-bin python3-gdal python3-numpy
 
 # How many processes a build and a test run may use.
 JOBS = $$(nproc 2>/dev/null || echo 2)
@@ -53,10 +53,14 @@ bench:
 	@sh cmake/install_packages.sh $(BENCH_PACKAGES)
 	cmake --preset bench
 	cmake --build --preset bench --parallel "$(JOBS)" \
-	  --target transforms_bench numeric_bench linalg_bench
+	  --target transforms_bench numeric_bench linalg_bench sarnum_tool
 	for name in transforms numeric linalg; do \
 	  build/bench/bench/$${name}_bench build/bench/$$name.json || exit 1; \
 	done
+	/usr/bin/python3 bench/tool_bench.py build/bench/tools/sarnum/sarnum build/bench/rasters \
+	  build/bench/tool.json
+	/usr/bin/python3 bench/table.py build/bench/all.json \
+	  build/bench/transforms.json build/bench/numeric.json build/bench/linalg.json build/bench/tool.json
 
 install:
 	@sh cmake/install_packages.sh $(BUILD_PACKAGES)
