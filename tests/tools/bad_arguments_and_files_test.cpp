@@ -21,6 +21,8 @@ class BadRun : public ToolTest, public ::testing::WithParamInterface<BadCase> {
     make(
         "holes.tif", 64, 64, GDT_Float32, [](int, int) { return Sample(); }, "SPARSE_OK=TRUE");
     make_virtual("sides.vrt", 48, 32, "CFloat32", "", "");
+    make_virtual("round_holes.vrt", 64, 64, "Float32", "",
+                 "<SimpleSource><SourceFilename>holes.tif</SourceFilename></SimpleSource>");
     put_bytes("short.img", std::string(1000, 'x'));
     put_bytes("short.hdr", "ENVI\nsamples = 16\nlines = 16\nbands = 1\ndata type = 4\n");
     put_bytes("truncated.tif", bytes("real.tif").substr(0, 5000));
@@ -73,6 +75,7 @@ const BadCase bad_cases[] = {
     {1, "detect cut.tif old.tif --overwrite", "truncated"},
     {1, "detect short.img old.tif --overwrite", "need 1024"},
     {1, "detect holes.tif old.tif --overwrite", "incomplete"},
+    {1, "stats round_holes.vrt", "holes.tif' is incomplete"},
     {1, "detect folder old.tif --overwrite", "is a folder"},
     {1, "info empty.tif", "is empty"},
     {1, "stats truncated.tif --json", "truncated.tif"},

@@ -235,8 +235,15 @@ bool has_holes(const std::string& path, GDALDataset& dataset) {
   return holes;
 }
 
+/// Refuses a raster whose file does not hold all of its pixels.
+void check_all_is_there(const std::string& path, GDALDataset& dataset) {
+  if (!has_holes(path, dataset)) {
+    check_raw_size(path, dataset);
+  }
+}
+
 /// Adds the files of a raster. The parts of a virtual raster are looked into: they may lie in
-/// truncated files, and consist of further files.
+/// truncated or unfinished files, and consist of further files.
 void collect_files(const std::string& path, GDALDataset& dataset, int depth,
                    std::vector<std::string>& collected) {
   constexpr int deepest = 8;
@@ -251,7 +258,7 @@ void collect_files(const std::string& path, GDALDataset& dataset, int depth,
     const GDALDatasetUniquePtr source(GDALDataset::Open(files[i], GDAL_OF_RASTER));
     if (source != nullptr && source->GetRasterCount() > 0) {
       forbid_sidecar(*source);
-      check_raw_size(files[i], *source);
+      check_all_is_there(files[i], *source);
       collect_files(files[i], *source, depth + 1, collected);
     }
   }
@@ -298,9 +305,7 @@ RasterInput::RasterInput(const std::string& path) : path_(path) {
   }
   limit_gdal_cache(band());
   type_ = pixel_type(band());
-  if (!has_holes(path, *dataset_)) {
-    check_raw_size(path, *dataset_);
-  }
+  check_all_is_there(path, *dataset_);
   for (const std::string& warning : gdal_warnings()) {
     warn(in_quotes(path) + ": " + warning);
   }
