@@ -132,7 +132,7 @@ std::string text(const RasterInput& input, const RunningStatistics& statistics) 
     return figure ? number(*figure) : "none";
   };
   const auto extreme = [&](const std::optional<RunningStatistics::Extreme>& found) {
-    return found ? number(found->value) + " at column " +
+    return found ? exact_number(found->value) + " at column " +
                        std::to_string(found->position % input.width()) + ", row " +
                        std::to_string(found->position / input.width())
                  : "none";
@@ -142,7 +142,8 @@ std::string text(const RasterInput& input, const RunningStatistics& statistics) 
   report.line("File", input.path());
   report.lines_on_pixels(input);
   report.line("Quantity", quantity_of(input));
-  report.line("Nodata", value(nodata_of(input.band())));
+  const std::optional<double> nodata = nodata_of(input.band());
+  report.line("Nodata", nodata ? exact_number(*nodata) : "none");
   report.line("Samples", statistics.valid() == 0 ? "no valid samples: all are nodata or NaN"
                                                  : std::to_string(statistics.valid()) + " valid, " +
                                                        std::to_string(invalid) + " nodata or NaN");

@@ -3,6 +3,8 @@
 #include <cpl_string.h>
 
 #include <algorithm>
+#include <array>
+#include <charconv>
 #include <cstddef>
 #include <iostream>
 
@@ -37,6 +39,11 @@ std::string Report::text() const {
 
 std::string number(double value) {
   return CPLString().Printf("%.12g", value);
+}
+
+std::string exact_number(double value) {
+  std::array<char, 32> digits{};
+  return {digits.data(), std::to_chars(digits.data(), digits.data() + digits.size(), value).ptr};
 }
 
 void print(std::string_view text) {

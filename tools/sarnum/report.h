@@ -26,8 +26,10 @@ class Report {
   std::vector<std::pair<std::string, std::string>> lines_;
 };
 
-/// A number as it stands in a report.
+/// A number as it stands in a report: computed ones to 12 digits, ones that were read in as many
+/// as tell them from their neighbours.
 std::string number(double value);
+std::string exact_number(double value);
 
 /// Throws a Failure when the standard output does not take the text.
 void print(std::string_view text);
