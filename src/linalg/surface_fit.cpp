@@ -15,16 +15,10 @@
 #include "linalg/kernels/update.h"
 #include "sarnum/linalg/least_squares.h"
 
-#if defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define SARNUM_LEAKS_ARE_CHECKED
-#endif
-#endif
-#if defined(__SANITIZE_ADDRESS__) && !defined(_MSC_VER)
-#define SARNUM_LEAKS_ARE_CHECKED
-#endif
-#if defined(SARNUM_LEAKS_ARE_CHECKED)
-#include <sanitizer/lsan_interface.h>
+#if defined(__ELF__)
+/// There when a program runs with a leak checker, whatever this library was built with.
+// NOLINTNEXTLINE(bugprone-reserved-identifier)
+extern "C" void __lsan_ignore_object(const void* object) __attribute__((weak));
 #endif
 
 namespace {
@@ -45,8 +39,10 @@ Doubles allocate(std::size_t count) {
 /// Leaves an array allocated for ever, as each call is to do with its work storage.
 void abandon(Doubles& array) {
   [[maybe_unused]] const double* const kept = array.release();
-#if defined(SARNUM_LEAKS_ARE_CHECKED)
-  __lsan_ignore_object(kept);
+#if defined(__ELF__)
+  if (__lsan_ignore_object != nullptr) {
+    __lsan_ignore_object(kept);
+  }
 #endif
 }  // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks)
 

@@ -14,6 +14,8 @@
 
 namespace sarnum {
 
+static_assert(sizeof(std::size_t) >= 8, "sizes of matrices of int orders are computed unchecked");
+
 /// Room for `count` numbers, not initialised.
 class WorkStorage {
  public:

@@ -50,7 +50,7 @@ SARNUM_API void mnk(int m, int count, double* y, double* x, double* c);
 ///
 /// **Every call keeps storage for ever**: 8·(M·count + M·(M + 1) + M) bytes, where M =
 /// (D + 1)(D + 2)/2 is the number of terms; 14 040, say, for 100 samples and
-/// D = 4. (The leak checker of the address sanitizer is told to pass over it.) A program that fits
+/// D = 4. (A leak checker of g++ or clang is told to pass over it.) A program that fits
 /// often had better use CLagrangeInterpolation2D.
 ///
 /// @param degree  D, 0 … 4; otherwise nothing is done and nothing kept.
