@@ -7,7 +7,8 @@ DEMO_DIR = demo
 BUILD_PACKAGES = g++ cmake ninja-build libgdal-dev libcli11-dev nlohmann-json3-dev
 TEST_PACKAGES = $(BUILD_PACKAGES) libgtest-dev libgmock-dev pkgconf
 LINT_PACKAGES = $(TEST_PACKAGES) clang clang-format clang-tidy
-BENCH_PACKAGES = $(BUILD_PACKAGES) libbenchmark-dev libfftw3-dev pkgconf
+BENCH_PACKAGES = $(BUILD_PACKAGES) libbenchmark-dev libfftw3-dev libopenblas-dev \
+  liblapacke-dev pkgconf gdal-bin python3-gdal python3-numpy
 
 # How many processes a build and a test run may use.
 JOBS = $$(nproc 2>/dev/null || echo 2)
@@ -18,8 +19,9 @@ help:
 	@echo 'make demo                simulate a radar scene, multilook it, show its spectrum'
 	@echo 'make demo IMAGE=path     the same on a radar image of your own'
 	@echo 'make test                build everything and run all tests'
-	@echo 'make bench               time transforms against FFTW, the numeric toolkit against memory'
-	@echo '                         and latency (ratios; JSON in build/bench)'
+	@echo 'make bench               time transforms against FFTW, linear algebra against OpenBLAS, the'
+	@echo '                         numeric toolkit against memory and latency (ratios; JSON in'
+	@echo '                         build/bench)'
 	@echo 'make lint                check the format of the sources and run clang-tidy'
 	@echo 'make install PREFIX=dir  install libraries, headers and the tool (default /usr/local)'
 	@echo 'make clean               remove the build folders and what the demo wrote'
@@ -50,11 +52,15 @@ lint:
 bench:
 	@sh cmake/install_packages.sh $(BENCH_PACKAGES)
 	cmake --preset bench
-	cmake --build --preset bench --parallel "$(JOBS)" --target transforms_bench numeric_bench
-	for name in transforms numeric; do \
-	  build/bench/bench/$${name}_bench --benchmark_out=build/bench/$$name.json \
-	    --benchmark_out_format=json || exit 1; \
+	cmake --build --preset bench --parallel "$(JOBS)" \
+	  --target transforms_bench numeric_bench linalg_bench sarnum_tool
+	for name in transforms numeric linalg; do \
+	  build/bench/bench/$${name}_bench build/bench/$$name.json || exit 1; \
 	done
+	/usr/bin/python3 bench/tool_bench.py build/bench/tools/sarnum/sarnum build/bench/rasters \
+	  build/bench/tool.json
+	/usr/bin/python3 bench/table.py build/bench/all.json \
+	  build/bench/transforms.json build/bench/numeric.json build/bench/linalg.json build/bench/tool.json
 
 install:
 	@sh cmake/install_packages.sh $(BUILD_PACKAGES)

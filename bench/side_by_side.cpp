@@ -1,9 +1,12 @@
 #include "side_by_side.h"
 
 #include <benchmark/benchmark.h>
+#include <sarnum/sarnum.h>
+#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <cstdio>
+#include <fstream>
 #include <map>
 
 namespace {
@@ -59,27 +62,80 @@ class LeastTimes : public benchmark::ConsoleReporter {
   std::map<std::string, double> times_;
 };
 
-void print(const std::vector<Piece>& pieces, const LeastTimes& times) {
+/// What was measured of one piece, in microseconds.
+struct Row {
+  const Piece* piece;
+  double ours;
+  double peers;
+};
+
+/// Without the pieces that an argument has filtered out.
+std::vector<Row> rows_of(const std::vector<Piece>& pieces, const LeastTimes& times) {
+  std::vector<Row> rows;
+  for (const Piece& piece : pieces) {
+    if (times.has(piece.name) && times.has(peer_of(piece))) {
+      rows.push_back({&piece, times.of(piece.name), times.of(peer_of(piece))});
+    }
+  }
+  return rows;
+}
+
+void print(const std::vector<Row>& rows) {
   std::printf("%-40s %12s %12s  %-10s %6s %7s\n", "work", "ours, us", "peer, us", "peer", "ratio",
               "target");
-  for (const Piece& piece : pieces) {
-    if (!times.has(piece.name) || !times.has(peer_of(piece))) {
-      continue;  // filtered out by an argument
-    }
-    const double ours = times.of(piece.name);
-    const double peers = times.of(peer_of(piece));
-    std::printf("%-40s %12.2f %12.2f  %-10s %6.2f", piece.name.c_str(), ours, peers,
-                piece.peer.name.c_str(), ours / peers);
-    if (piece.peer.target > 0.0) {
-      std::printf(" %7.2f", piece.peer.target);
+  for (const auto& [piece, ours, peers] : rows) {
+    std::printf("%-40s %12.2f %12.2f  %-10s %6.2f", piece->name.c_str(), ours, peers,
+                piece->peer.name.c_str(), ours / peers);
+    if (piece->peer.target > 0.0) {
+      std::printf(" %7.2f", piece->peer.target);
     }
     std::printf("\n");
   }
 }
 
+bool write_json(const std::vector<Row>& rows, const char* path) {
+  nlohmann::ordered_json table = nlohmann::ordered_json::array();
+  for (const auto& [piece, ours, peers] : rows) {
+    table.push_back({{"work", piece->name},
+                     {"ours_us", ours},
+                     {"peer", piece->peer.name},
+                     {"peer_us", peers},
+                     {"ratio", ours / peers}});
+    if (piece->peer.target > 0.0) {
+      table.back()["target"] = piece->peer.target;
+    }
+  }
+  const sarnum::BuildInfo info = sarnum::build_info();
+  std::ofstream file(path);
+  file << nlohmann::ordered_json{{"sarnum", info.version},
+                                 {"instruction_set", info.instruction_set},
+                                 {"rows", table}}
+              .dump(1)
+       << "\n";
+  file.close();
+  if (!file) {
+    std::fprintf(stderr, "cannot write %s\n", path);
+  }
+  return file.good();
+}
+
 }  // namespace
 
 int run_side_by_side(const std::vector<Piece>& pieces, int argc, char** argv) {
+  if (argc < 2 || argv[1][0] == '-') {
+    std::fprintf(stderr, "usage: %s FILE.json [arguments of Google Benchmark]\n", argv[0]);
+    return 2;
+  }
+  const char* const path = argv[1];
+  std::vector<char*> arguments(argv, argv + argc);
+  arguments.erase(arguments.begin() + 1);
+  char interleave[] = "--benchmark_enable_random_interleaving=true";
+  arguments.push_back(interleave);
+  int count = static_cast<int>(arguments.size());
+  benchmark::Initialize(&count, arguments.data());
+  if (benchmark::ReportUnrecognizedArguments(count, arguments.data())) {
+    return 2;
+  }
   for (const Piece& piece : pieces) {
     if (!is_right(piece)) {
       return 1;
@@ -87,13 +143,9 @@ int run_side_by_side(const std::vector<Piece>& pieces, int argc, char** argv) {
     add(piece, piece.name, piece.ours);
     add(piece, peer_of(piece), piece.peer.work);
   }
-  std::vector<char*> arguments(argv, argv + argc);
-  char interleave[] = "--benchmark_enable_random_interleaving=true";
-  arguments.push_back(interleave);
-  int count = static_cast<int>(arguments.size());
-  benchmark::Initialize(&count, arguments.data());
   LeastTimes times;
   benchmark::RunSpecifiedBenchmarks(&times);
-  print(pieces, times);
-  return 0;
+  const std::vector<Row> rows = rows_of(pieces, times);
+  print(rows);
+  return write_json(rows, path) ? 0 : 1;
 }

@@ -38,7 +38,8 @@ Real sample(std::size_t i) {
   return static_cast<Real>(std::sin(static_cast<double>(i * i % 1009)));
 }
 
-/// Checks, times and prints the pieces, by the arguments of Google Benchmark. The program's status.
+/// Checks, times and prints the pieces. Arguments are those of Google Benchmark, and before them
+/// a file for the table as JSON. The program's status.
 int run_side_by_side(const std::vector<Piece>& pieces, int argc, char** argv);
 
 #endif

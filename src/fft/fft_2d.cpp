@@ -237,8 +237,9 @@ class RasterTransform {
     if (!twiddles.has_value()) {
       return 0;
     }
-    const std::size_t widest = std::min({size_.columns() * sizeof(Complex<Real>),
-                                         4 * LineMemory::line, least_distance(dst_, size_.rows())});
+    const std::size_t row_bytes = size_.columns() * sizeof(Complex<Real>);
+    const std::size_t widest =
+        std::min({row_bytes, 4 * LineMemory::line, least_distance(dst_, size_.rows())});
     const std::size_t width = std::bit_floor(widest / sizeof(Complex<Real>));
     if (width * sizeof(double) < static_cast<std::size_t>(row_twiddles_.level().vector_bytes)) {
       return 0;
@@ -248,8 +249,10 @@ class RasterTransform {
       return 0;
     }
     for (std::size_t column = 0; column < size_.columns(); column += width) {
-      kernels_.columns({dst_, size_.column_exponent, column * sizeof(Complex<Real>),
-                        std::countr_zero(width), storage.get(), line_.is_centred()},
+      const std::size_t offset = column * sizeof(Complex<Real>);
+      const std::size_t next = (offset + width * sizeof(Complex<Real>)) % row_bytes;
+      kernels_.columns({dst_, size_.column_exponent, offset, next, std::countr_zero(width),
+                        storage.get(), line_.is_centred()},
                        *twiddles, Real{1} / divisor_for(size_.rows()));
       for (std::size_t done = 0; done < width; ++done) {
         step_meter(meter_);

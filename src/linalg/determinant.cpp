@@ -8,13 +8,12 @@
 
 int LnAbsDeterminant(double* result, int n, long double* a) {
   const auto order = static_cast<std::size_t>(std::max(n, 0));
-  sarnum::NarrowedMatrix matrix(a, order * order);
+  sarnum::NarrowedCopy matrix(a, order * order);
   if (matrix.get() == nullptr) {
     return 0;
   }
-  const bool eliminated =
-      sarnum::eliminate(matrix.get(), order, order, order, sarnum::ZeroPivot::stops);
-  matrix.widen();
+  const bool eliminated = sarnum::eliminate(matrix.get(), order, order, sarnum::ZeroPivot::stops);
+  matrix.widen_back();
   if (!eliminated) {
     return 0;
   }

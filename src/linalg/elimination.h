@@ -1,7 +1,5 @@
 // Gaussian elimination with pivots by successive exchange: the one form that the solution of
 // systems, the determinant and the inverse share. Indices count from 0 here.
-//
-// Templates, so that they run on callers' matrices in place where long double has 64 bits.
 #pragma once
 
 #include <algorithm>
@@ -13,11 +11,11 @@ namespace sarnum {
 /// Exchanges row i with each later row, in turn, whose element in column j is larger in magnitude
 /// than the one row i has by then; over the columns first … end − 1.
 template <class Element>
-void exchange_for_pivot(Element* a, std::size_t rows, std::size_t columns, std::size_t i,
+void exchange_for_pivot(Element* a, std::size_t rows, std::size_t stride, std::size_t i,
                         std::size_t j, std::size_t first, std::size_t end) {
-  Element* const pivot_row = a + i * columns;
+  Element* const pivot_row = a + i * stride;
   for (std::size_t k = i + 1; k < rows; ++k) {
-    Element* const row = a + k * columns;
+    Element* const row = a + k * stride;
     if (std::abs(static_cast<double>(row[j])) > std::abs(static_cast<double>(pivot_row[j]))) {
       std::swap_ranges(pivot_row + first, pivot_row + end, row + first);
     }
@@ -25,52 +23,58 @@ void exchange_for_pivot(Element* a, std::size_t rows, std::size_t columns, std::
 }
 
 /// row −= factor·other, element by element. The rows do not overlap.
-template <class Real>
-void subtract_multiple(Real* __restrict row, const Real* __restrict other, Real factor,
-                       std::size_t count) {
+inline void subtract_multiple(double* __restrict row, const double* __restrict other, double factor,
+                              std::size_t count) {
   for (std::size_t c = 0; c < count; ++c) {
     row[c] -= factor * other[c];
   }
 }
 
-enum class ZeroPivot { divides, stops };
-
-/// Eliminates the first `rows` columns below the diagonal. Columns from `exchanged` on stay where
-/// they are when rows are exchanged. Elements below the diagonal become rounding residues, by the
-/// same formula as the others, because callers are given the matrix back.
-/// @return false when a zero pivot stopped it.
-template <class Real>
-bool eliminate(Real* a, std::size_t rows, std::size_t columns, std::size_t exchanged,
-               ZeroPivot zero_pivot) {
-  for (std::size_t k = 0; k + 1 < rows; ++k) {
-    exchange_for_pivot(a, rows, columns, k, k, k, exchanged);
-    const Real* const pivot_row = a + k * columns;
-    const Real pivot = pivot_row[k];
-    if (zero_pivot == ZeroPivot::stops && pivot == 0) {
-      return false;
+/// Subtracts multiples of the pivot row from the `rows` rows below it, so that the first column
+/// becomes zero but for rounding. With factor_at, a row's multiplier is left in its column of that
+/// number.
+template <std::size_t factor_at = 0>
+void eliminate_column(double* pivot_row, std::size_t stride, std::size_t rows,
+                      std::size_t columns) {
+  const double pivot = pivot_row[0];
+  double* row = pivot_row + stride;
+  const auto factor_of = [&](double* of) {
+    const double factor = of[0] / pivot;
+    if constexpr (factor_at != 0) {
+      of[factor_at] = factor;
     }
-    for (std::size_t r = k + 1; r < rows; ++r) {
-      Real* const row = a + r * columns;
-      subtract_multiple(row + k, pivot_row + k, row[k] / pivot, columns - k);
+    return factor;
+  };
+  // Two rows at a time: short rows end before their loop has got going.
+  for (; rows >= 2; rows -= 2, row += 2 * stride) {
+    const double* __restrict const other = pivot_row;
+    double* __restrict const first = row;
+    double* __restrict const second = row + stride;
+    const double first_factor = factor_of(first);
+    const double second_factor = factor_of(second);
+    for (std::size_t c = 0; c < columns; ++c) {
+      first[c] -= first_factor * other[c];
+      second[c] -= second_factor * other[c];
     }
   }
-  return true;
+  if (rows == 1) {
+    subtract_multiple(row, pivot_row, factor_of(row), columns);
+  }
 }
+
+enum class ZeroPivot { divides, stops };
+
+/// Eliminates below the diagonal. Elements there become rounding residues, by the same formula as
+/// the others, because callers are given the matrix back.
+/// @return false when a zero pivot stopped it.
+bool eliminate_plainly(double* a, std::size_t stride, std::size_t rows, std::size_t columns,
+                       ZeroPivot zero_pivot);
+
+/// The same, large matrices by blocks.
+bool eliminate(double* a, std::size_t rows, std::size_t columns, ZeroPivot zero_pivot);
 
 /// Solves n equations, an n × (n + 1) matrix with the right-hand side in its last column. The
 /// solution replaces the diagonal.
-template <class Real>
-void solve_onto_diagonal(Real* a, std::size_t n) {
-  const std::size_t columns = n + 1;
-  eliminate(a, n, columns, columns, ZeroPivot::divides);
-  for (std::size_t i = n; i-- > 0;) {
-    Real* const row = a + i * columns;
-    Real value = row[n];
-    for (std::size_t j = n; j-- > i + 1;) {
-      value -= row[j] * a[j * columns + j];
-    }
-    row[i] = value / row[i];
-  }
-}
+void solve_onto_diagonal(double* a, std::size_t n);
 
 }  // namespace sarnum

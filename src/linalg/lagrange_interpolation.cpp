@@ -91,7 +91,7 @@ void CLagrangeInterpolation2D::CalculateCoefficients(int count, double* x, doubl
   const std::size_t columns = terms + 1;
   const std::size_t largest = 2 * largest_exponent(order);
   const std::size_t side = largest + 1;
-  sarnum::WorkStorage<double> storage(terms * columns + side * side + 2 * side);
+  sarnum::WorkStorage storage(terms * columns + side * side + 2 * side);
   double* const system = storage.get();
   if (system == nullptr) {
     std::fill_n(coefficients, terms, std::numeric_limits<double>::quiet_NaN());

@@ -19,13 +19,13 @@ void Solve_System(int n, long double* a, long double* x) {
     return;
   }
   const auto order = static_cast<std::size_t>(n);
-  sarnum::NarrowedMatrix system(a, order * (order + 1));
+  sarnum::NarrowedCopy system(a, order * (order + 1));
   if (system.get() == nullptr) {
     return;
   }
   sarnum::solve_onto_diagonal(system.get(), order);
-  system.widen();
+  system.widen_back();
   for (std::size_t k = 0; k < order; ++k) {
-    x[k] = a[k * (order + 1) + k];
+    sarnum::widen(system.get()[k * (order + 1) + k], x + k);
   }
 }

@@ -1,8 +1,9 @@
 // mnk2: polynomials in two variables fitted by least squares.
 //
-// The matrix of the normal equations is symmetric to the last bit, so that the half above the
-// diagonal is summed, with the right-hand side as one more column of it. All its sums grow by a few
-// samples at a time: they are independent, where each alone would wait for its own last addition.
+// The normal equations grow by some samples at a time, all their sums side by side: they are
+// independent, where each alone would wait for its own last addition. A term's values are not kept
+// from one lot of samples to the next; the arrays for them, which each call is to leave allocated,
+// are left unwritten, so that they take up addresses and hardly any memory.
 #include <algorithm>
 #include <array>
 #include <cstddef>
@@ -10,6 +11,8 @@
 #include <new>
 
 #include "linalg/elimination.h"
+#include "linalg/kernels/pack.h"
+#include "linalg/kernels/update.h"
 #include "sarnum/linalg/least_squares.h"
 
 #if defined(__has_feature)
@@ -28,6 +31,10 @@ namespace {
 
 constexpr int largest_degree = 4;
 constexpr std::size_t most_terms = 15;
+constexpr std::size_t most_samples = 64;  // at a time
+
+/// The values of all terms, and then the value to fit, for some samples.
+using Values = std::array<std::array<double, most_terms + 1>, most_samples>;
 
 using Doubles = std::unique_ptr<double[]>;
 
@@ -49,28 +56,40 @@ std::array<double, largest_degree + 1> powers(double x) {
   return {1.0, x, square, x * square, square * square};
 }
 
-/// Adds `count` samples from the first on to the upper half of the normal equations, one after
-/// another in every sum. Several at a time, so that a sum is loaded and stored once for all of
-/// them.
-template <std::size_t count>
-void add_samples(double* system, const std::array<Doubles, most_terms>& terms, const double* z,
-                 std::size_t first, std::size_t term_count) {
-  double samples[count][most_terms + 1];
-  for (std::size_t k = 0; k < count; ++k) {
-    for (std::size_t r = 0; r < term_count; ++r) {
-      samples[k][r] = terms[r][first + k];
+/// The terms of the largest degree: those that share a power of v after each other, so that the
+/// compiler keeps the powers in registers.
+void evaluate_terms(double u, double v, double* terms) {
+  const auto u_power = powers(u);
+  const auto v_power = powers(v);
+  for (std::size_t q = 0; q <= largest_degree; ++q) {
+    for (std::size_t p = 0; p + q <= largest_degree; ++p) {
+      terms[(p + q) * (p + q + 1) / 2 + q] = v_power[q] * u_power[p];
     }
-    samples[k][term_count] = z[first + k];
   }
-  const std::size_t columns = term_count + 1;
-  for (std::size_t r = 0; r < term_count; ++r) {
-    double* const row = system + r * columns;
-    for (std::size_t s = r; s < columns; ++s) {
-      double sum = row[s];
-      for (std::size_t k = 0; k < count; ++k) {
-        sum += samples[k][r] * samples[k][s];
+}
+
+/// Adds the products of each of the first `terms` values of a sample and its first `columns` ones.
+void add_products(double* system, std::size_t terms, std::size_t columns, Values& values,
+                  std::size_t samples) {
+  if (const auto update = sarnum::update_level_in_use().update; update != nullptr) {
+    std::array<double, sarnum::whole_tiles(most_terms) * most_samples> factors;
+    constexpr std::ptrdiff_t stride = most_terms + 1;
+    sarnum::pack_factors(factors.data(), values[0].data(), 1, stride, terms, samples, 1.0);
+    update({.sources = {values[0].data(), stride},
+            .depth = samples,
+            .targets = {system, static_cast<std::ptrdiff_t>(columns)},
+            .rows = terms,
+            .columns = columns,
+            .factors = factors.data(),
+            .triangle = nullptr,
+            .divisors = nullptr});
+    return;
+  }
+  for (std::size_t i = 0; i < samples; ++i) {
+    for (std::size_t r = 0; r < terms; ++r) {
+      for (std::size_t s = 0; s < columns; ++s) {
+        system[r * columns + s] += values[i][r] * values[i][s];
       }
-      row[s] = sum;
     }
   }
 }
@@ -97,29 +116,16 @@ void mnk2(int degree, int count, double* z, double* u, double* v, double* c) {
     return;
   }
 
-  for (std::size_t i = 0; i < samples; ++i) {
-    const auto u_power = powers(u[i]);
-    const auto v_power = powers(v[i]);
-    std::size_t term = 0;
-    for (std::size_t t = 0; t <= static_cast<std::size_t>(degree); ++t) {
-      for (std::size_t q = 0; q <= t; ++q) {
-        terms[term++][i] = v_power[q] * u_power[t - q];
-      }
-    }
-  }
-
   std::fill_n(system.get(), term_count * columns, 0.0);
-  std::size_t i = 0;
-  for (; i + 8 <= samples; i += 8) {
-    add_samples<8>(system.get(), terms, z, i, term_count);
-  }
-  for (; i < samples; ++i) {
-    add_samples<1>(system.get(), terms, z, i, term_count);
-  }
-  for (std::size_t r = 1; r < term_count; ++r) {
-    for (std::size_t s = 0; s < r; ++s) {
-      system[r * columns + s] = system[s * columns + r];
+  Values values;
+  for (std::size_t first = 0; first < samples; first += most_samples) {
+    const std::size_t number = std::min(most_samples, samples - first);
+    for (std::size_t i = 0; i < number; ++i) {
+      // The terms of a lower degree come first: those past them are overwritten or not read.
+      evaluate_terms(u[first + i], v[first + i], values[i].data());
+      values[i][term_count] = z[first + i];
     }
+    add_products(system.get(), term_count, columns, values, number);
   }
 
   sarnum::solve_onto_diagonal(system.get(), term_count);

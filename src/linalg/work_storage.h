@@ -5,25 +5,23 @@
 // allocation takes.
 #pragma once
 
-#include <algorithm>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
-#include <limits>
+#include <cstring>
 #include <memory>
 #include <new>
-#include <type_traits>
 
 namespace sarnum {
 
 /// Room for `count` numbers, not initialised.
-template <class Real>
 class WorkStorage {
  public:
   explicit WorkStorage(std::size_t count) {
     if (count <= small_count) {
       numbers_ = small_;
-    } else if (count <= PTRDIFF_MAX / sizeof(Real)) {
-      large_.reset(new (std::nothrow) Real[count]);
+    } else if (count <= PTRDIFF_MAX / sizeof(double)) {
+      large_.reset(new (std::nothrow) double[count]);
       numbers_ = large_.get();
     }
   }
@@ -31,16 +29,42 @@ class WorkStorage {
   WorkStorage& operator=(const WorkStorage&) = delete;
 
   /// Null when the storage could not be had.
-  Real* get() { return numbers_; }
+  double* get() { return numbers_; }
 
  private:
-  static constexpr std::size_t small_count = 512;  // the inverse of a matrix of order 16
-  Real small_[small_count];
-  std::unique_ptr<Real[]> large_;
-  Real* numbers_ = nullptr;
+  static constexpr std::size_t small_count = 528;  // the inverse of a matrix of order 16
+  double small_[small_count];
+  std::unique_ptr<double[]> large_;
+  double* numbers_ = nullptr;
 };
 
-/// A caller's matrix in 64 bits for the length of one call, where long double is wider: a copy.
+/// *to = value. Where long double has the 64-bit mantissa of the x87, its bits are put together by
+/// integers: the x87's own store takes several times as long.
+inline void widen(double value, long double* to) {
+#if defined(__x86_64__) && __LDBL_MANT_DIG__ == 64
+  const auto bits = std::bit_cast<std::uint64_t>(value);
+  const std::uint64_t sign = bits >> 63;
+  const std::uint64_t exponent = bits >> 52 & 0x7ff;
+  const bool is_subnormal = exponent == 0 && bits << 1 != 0;
+  if (exponent != 0x7ff && !is_subnormal) {
+    // Residues of an elimination are zeros or not as chance has it: no branch on that.
+    const std::uint64_t all_if_nonzero = 0 - ((exponent + 0x7ff) >> 11);
+    const std::uint64_t words[] = {(std::uint64_t{1} << 63 | bits << 11) & all_if_nonzero,
+                                   sign << 15 | ((exponent + 16383 - 1023) & all_if_nonzero)};
+    std::memcpy(to, words, sizeof words);
+    return;
+  }
+#endif
+  *to = value;
+}
+
+inline void widen(const double* values, std::size_t count, long double* to) {
+  for (std::size_t i = 0; i < count; ++i) {
+    widen(values[i], to + i);
+  }
+}
+
+/// A caller's matrix in 64 bits for the length of one call.
 class NarrowedCopy {
  public:
   NarrowedCopy(long double* values, std::size_t count)
@@ -54,29 +78,12 @@ class NarrowedCopy {
   double* get() { return copy_.get(); }
 
   /// Gives the caller what became of the copy.
-  void widen() { std::copy_n(copy_.get(), count_, values_); }
+  void widen_back() { widen(copy_.get(), count_, values_); }
 
  private:
   long double* values_;
   std::size_t count_;
-  WorkStorage<double> copy_;
+  WorkStorage copy_;
 };
-
-/// The same where long double is a double under another name: the caller's own.
-class NarrowedInPlace {
- public:
-  NarrowedInPlace(long double* values, std::size_t) : values_(values) {}
-  long double* get() { return values_; }
-  void widen() {}
-
- private:
-  long double* values_;
-};
-
-constexpr bool long_double_is_wider =
-    std::numeric_limits<long double>::digits > std::numeric_limits<double>::digits;
-using NarrowedMatrix = std::conditional_t<long_double_is_wider, NarrowedCopy, NarrowedInPlace>;
-/// What the arithmetic on it runs on.
-using Element = std::conditional_t<long_double_is_wider, double, long double>;
 
 }  // namespace sarnum

@@ -7,12 +7,14 @@
 #include <limits>
 #include <new>
 
+#include "forced_level.h"
 #include "plain_linear_algebra.h"
 
 namespace {
 
 using oracle::Doubles;
 using oracle::Matrix;
+using oracle::same;
 
 constexpr double infinity = std::numeric_limits<double>::infinity();
 
@@ -58,7 +60,7 @@ TEST(FiveEquations, EqualThePlainDefinition) {
     Doubles given(a.values.end() - 10, a.values.end()), plain = given;  // b, then x
     const int expected = plain_lin_yr(n, a, plain.data(), plain.data() + 5);
     EXPECT_EQ(lin_yr(n, rows, given.data(), given.data() + 5), expected) << seed;
-    EXPECT_TRUE(same_values(given, plain)) << seed;
+    EXPECT_TRUE(same(given, plain)) << seed;
     EXPECT_TRUE(std::equal(rows[0], rows[0] + 25, a.values.begin()));
     refused += expected == -1 ? 1 : 0;
     not_finite += std::isfinite(given[5]) ? 0 : 1;
@@ -127,10 +129,8 @@ TEST(Fits, EqualThePlainDefinition) {
         const Doubles untouched(15, 7.0);
         Doubles c = untouched;
         mnk(order, count, z, x, c.data());
-        EXPECT_TRUE(same_values(c, order >= 1 && order <= 5 ? plain_mnk(order, s) : untouched));
+        EXPECT_TRUE(same(c, order >= 1 && order <= 5 ? plain_mnk(order, s) : untouched));
 
-        c = untouched;
-        mnk2(order, count, z, x, y, c.data());
         const int M = static_cast<int>(terms.size());
         const auto phi = [&](std::size_t i, int r) {
           return squared_power(y[i], of(r).second) *
@@ -143,7 +143,14 @@ TEST(Fits, EqualThePlainDefinition) {
                       M, s.x.size(), [&](auto i, int r, int t) { return phi(i, r) * phi(i, t); },
                       [&](auto i, int r) { return phi(i, r) * z[i]; });
         expected.resize(15, 7.0);
-        EXPECT_TRUE(same_values(c, expected));
+        for (const auto* const level : sarnum::runnable_update_levels()) {
+          const Forced forced(*level);
+          c = untouched;
+          mnk2(order, count, z, x, y, c.data());
+          EXPECT_TRUE(same(c, expected)) << level->name;
+          EXPECT_EQ(Forced::updates > 0,
+                    level->update != nullptr && count > 0 && order >= 0 && order <= 4);
+        }
 
         CLagrangeInterpolation2D fit(order, count, x, y, z);
         const auto powers = [&](double at_x, double at_y, double times, int r, int t) {
@@ -153,7 +160,7 @@ TEST(Fits, EqualThePlainDefinition) {
         expected = oracle::fit(
             M, s.x.size(), [&](auto i, int r, int t) { return powers(x[i], y[i], 1.0, r, t); },
             [&](auto i, int r) { return powers(x[i], y[i], z[i], r, 0); });
-        EXPECT_TRUE(same_values(Doubles(fit.coefficients, fit.coefficients + M), expected));
+        EXPECT_TRUE(same(Doubles(fit.coefficients, fit.coefficients + M), expected));
         EXPECT_EQ(fit.GetSuccessFlag(), count > 0 || M == 0 ? 1 : 0);
         EXPECT_EQ(fit.GetPolynomOrder(), order);
         double value = 0.0;
@@ -162,7 +169,7 @@ TEST(Fits, EqualThePlainDefinition) {
           value += expected[static_cast<std::size_t>(r)] * std::pow(-0.7, ey) *
                    std::pow(0.3, of(r).second);
         }
-        EXPECT_TRUE(same_values(Doubles{fit.GetInterpolatedValue(0.3, -0.7)}, Doubles{value}));
+        EXPECT_TRUE(same(Doubles{fit.GetInterpolatedValue(0.3, -0.7)}, Doubles{value}));
       }
     }
   }

@@ -4,11 +4,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <random>
 #include <utility>
 #include <vector>
-
-#include "same_value.h"
 
 namespace oracle {
 
@@ -19,9 +18,8 @@ template <class Real>
 struct Matrix {
   Matrix(int rows, int width) : values(static_cast<std::size_t>(rows * width)), columns(width) {}
   Matrix(const LongDoubles& given, int width) : columns(width) {
-    for (const long double value : given) {
-      values.push_back(static_cast<double>(value));
-    }
+    std::ranges::transform(given, std::back_inserter(values),
+                           [](long double value) { return static_cast<double>(value); });
   }
   Real& operator()(int i, int j) {
     return values[static_cast<std::size_t>((i - 1) * columns + j - 1)];
@@ -144,6 +142,13 @@ inline LongDoubles random_values(int count, int seed) {
   LongDoubles values(static_cast<std::size_t>(count));
   std::ranges::generate(values, [&] { return uniform(engine); });
   return values;
+}
+
+/// NaN equals NaN.
+template <class A, class B>
+bool same(const std::vector<A>& actual, const std::vector<B>& expected) {
+  return std::ranges::equal(
+      actual, expected, [](auto a, auto b) { return a == b || (std::isnan(a) && std::isnan(b)); });
 }
 
 }  // namespace oracle

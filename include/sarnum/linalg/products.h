@@ -17,9 +17,8 @@ SARNUM_API void Vector_Multiply(double* a, double* b, double* out, int n);
 ///
 /// @param A  m × k, only read.
 /// @param B  k × n, only read.
-/// @param C  m × n. Untouched for m ≤ 0 or n ≤ 0, and when the storage (8 bytes an element of the
-///           product, and of A and B where long double is wider) cannot be had. All zeros for
-///           k ≤ 0.
+/// @param C  m × n. Untouched for m ≤ 0 or n ≤ 0, and when the storage (at most 8 bytes an element
+///           of A, B and the product) cannot be had. All zeros for k ≤ 0.
 SARNUM_API void Matrix_Multiply(long double* A, long double* B, long double* C, int m, int k,
                                 int n);
 

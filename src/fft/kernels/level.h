@@ -24,9 +24,11 @@ struct ColumnBlock {
   void* const* rows;  ///< 2^m of them
   int m;
   std::size_t offset;
-  int columns_exponent;  ///< 2^columns_exponent columns, no fewer than lanes
-  void* storage;         ///< room for as many pixels
-  bool centred;          ///< odd rows change their sign before the transform
+  std::size_t next_offset;  ///< of the block to fetch meanwhile: rows are too far apart for a CPU
+                            ///< to see it coming
+  int columns_exponent;     ///< 2^columns_exponent columns, no fewer than lanes
+  void* storage;            ///< room for as many pixels
+  bool centred;             ///< odd rows change their sign before the transform
 };
 
 /// The transforms of rasters, each result multiplied by `scale`; inverse ones with the twiddles of

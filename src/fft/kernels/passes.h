@@ -15,16 +15,13 @@
 #include <cstddef>
 
 #include "fft/kernels/level.h"
+#include "kernel_vectors.h"
 
 #if defined(__AVX512F__) && !defined(__clang__)
 #include <immintrin.h>
 #endif
 
-#define SARNUM_CONCATENATED(a, b) a##b
 #define SARNUM_TABLE_OF(level) SARNUM_CONCATENATED(level_, level)
-#define SARNUM_QUOTED(text) #text
-#define SARNUM_NAME_OF(level) SARNUM_QUOTED(level)
-#define SARNUM_INLINE inline __attribute__((always_inline))
 
 namespace sarnum {
 namespace {
@@ -36,33 +33,12 @@ constexpr size_t near_cache = 65536;
 
 // --- Vectors -----------------------------------------------------------------------------------
 
-template <class T, int lanes>
-struct VectorOf {
-  using Type __attribute__((vector_size(lanes * sizeof(T)))) = T;
-};
-template <class T, int lanes>
-using Vector = typename VectorOf<T, lanes>::Type;
-
 /// Real and imaginary parts, or cosines and sines.
 template <class Part>
 struct Pair {
   Part re;
   Part im;
 };
-
-template <int value>
-struct Constant {
-  constexpr operator int() const { return value; }
-};
-
-/// body(Constant<0>), …, body(Constant<count − 1>): arrays indexed by these stay in registers.
-template <int count, class Body>
-SARNUM_INLINE void unrolled(const Body& body) {
-  if constexpr (count > 0) {
-    unrolled<count - 1>(body);
-    body(Constant<count - 1>{});
-  }
-}
 
 /// The low `bits` bits of x, reversed.
 constexpr size_t reverse(size_t x, int bits) {
@@ -276,11 +252,9 @@ struct GatheredColumns {
     using Pixels = InterleavedVectors<Arithmetic, false>;
     const size_t row = i >> block.columns_exponent;
     const size_t column = i & ((size_t{1} << block.columns_exponent) - 1);
-    auto* const from =
-        static_cast<unsigned char*>(block.rows[row]) + block.offset + column * Pixels::pixel;
-    // The next block is of the same rows: too far apart for a CPU to see it coming.
-    __builtin_prefetch(from + (Pixels::pixel << block.columns_exponent));
-    const auto value = Pixels{from}.load(0);
+    auto* const pixels = static_cast<unsigned char*>(block.rows[row]) + column * Pixels::pixel;
+    __builtin_prefetch(pixels + block.next_offset);
+    const auto value = Pixels{pixels + block.offset}.load(0);
     return block.centred && row % 2 != 0 ? typename Arithmetic::Value{-value.re, -value.im} : value;
   }
 };

@@ -1,0 +1,3 @@
+#define SARNUM_LEVEL avx512
+#define SARNUM_VECTOR_BYTES 64
+#include "linalg/kernels/passes.h"

@@ -1,0 +1,3 @@
+#define SARNUM_LEVEL baseline
+#define SARNUM_VECTOR_BYTES 16
+#include "linalg/kernels/passes.h"
