@@ -14,57 +14,42 @@ constexpr int exponent = 10;
 constexpr std::size_t length = 1 << exponent;
 
 template <class Real>
-void run_all_forms(std::vector<Real>& data) {
+std::vector<Real> transformed_by_all_forms(unsigned seed) {
+  auto data = oracle::random_values<Real>(2 * length, seed);
   for (const auto& form : forms::all<Real>()) {
     form.transform(data.data(), data.data() + length, exponent);
   }
+  return data;
 }
 
-/// What one thread does, on numbers of its own.
-struct Work {
-  explicit Work(unsigned seed)
-      : doubles(oracle::random_values<double>(2 * length, seed)),
-        floats(oracle::random_values<float>(2 * length, seed)),
-        raster(oracle::random_values<float>(2 * length, seed)) {}
-
-  void run() {
-    run_all_forms(doubles);
-    run_all_forms(floats);
-    std::vector<void*> rows;
-    for (std::size_t row = 0; row < 32; ++row) {
-      rows.push_back(raster.data() + 64 * row);
-    }
-    CFFTClass transform;
-    transform.FFT_2D(rows.data(), rows.data(), 32, 32, TD_COMPLEX_FLOAT32, nullptr);
-    transform.FFT_2D_NEW(rows.data(), rows.data(), 32, 32, TD_COMPLEX_FLOAT32, 1, nullptr);
-    transform.IFFT_2D(rows.data(), rows.data(), 32, 32, TD_COMPLEX_FLOAT32, nullptr);
-    transform.SyntAlmaz(floats.data(), floats.data(), raster.data(), raster.data() + length, 9,
-                        exponent);
+/// What one thread computes, of numbers of its own.
+std::vector<double> results(unsigned seed) {
+  auto all = transformed_by_all_forms<double>(seed);
+  auto raster = transformed_by_all_forms<float>(seed);
+  std::vector<void*> rows;
+  for (std::size_t row = 0; row < 32; ++row) {
+    rows.push_back(raster.data() + 64 * row);
   }
-
-  std::vector<double> doubles;
-  std::vector<float> floats;
-  std::vector<float> raster;
-};
+  CFFTClass object;
+  object.FFT_2D(rows.data(), rows.data(), 32, 32, TD_COMPLEX_FLOAT32, nullptr);
+  object.FFT_2D_NEW(rows.data(), rows.data(), 32, 32, TD_COMPLEX_FLOAT32, 1, nullptr);
+  object.IFFT_2D(rows.data(), rows.data(), 32, 32, TD_COMPLEX_FLOAT32, nullptr);
+  object.SyntAlmaz(raster.data(), raster.data(), raster.data(), raster.data() + length, 9,
+                   exponent);
+  all.insert(all.end(), raster.begin(), raster.end());
+  return all;
+}
 
 TEST(Concurrency, TransformsOfDifferentDataDoNotMeet) {
   ASSERT_EQ(init_ibitr(exponent), 0);
-  std::vector<Work> together;
-  std::vector<Work> alone;
-  for (unsigned seed = 0; seed < 4; ++seed) {
-    together.emplace_back(seed);
-    alone.emplace_back(seed);
-  }
+  std::vector<double> together[4];
   std::vector<std::thread> threads;
-  for (Work& work : together) {
-    threads.emplace_back([&work] { work.run(); });
+  for (unsigned seed = 0; seed < 4; ++seed) {
+    threads.emplace_back([&out = together[seed], seed] { out = results(seed); });
   }
-  for (std::size_t t = 0; t < threads.size(); ++t) {
-    threads[t].join();
-    alone[t].run();
-    EXPECT_EQ(together[t].doubles, alone[t].doubles);
-    EXPECT_EQ(together[t].floats, alone[t].floats);
-    EXPECT_EQ(together[t].raster, alone[t].raster);
+  for (unsigned seed = 0; seed < 4; ++seed) {
+    threads[seed].join();
+    EXPECT_EQ(together[seed], results(seed));
   }
   delete_ibitr();
 }

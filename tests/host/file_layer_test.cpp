@@ -79,37 +79,33 @@ TEST_F(LayerTest, StoresPartsOfRowsInAnyOrderAndNothingOutside) {
   EXPECT_THAT(folder_.names(), ElementsAre("raster.gz", "raster.tif"));
 }
 
-class BandWalk : public LayerTest,
-                 public ::testing::WithParamInterface<std::tuple<int, int, const char*>> {};
-
-TEST_P(BandWalk, DeliversEveryRowAndNoneBeyondTheFile) {
-  const auto [height, rows, options] = GetParam();
-  make_raster(path_, 37, height, options);
-  ASSERT_NE(open(layer_, path_), 0);
-  EXPECT_EQ(row(0), noise(37, 0));
-  EXPECT_TRUE(row(1).empty()) << "a band of one row until another is set";
-  ASSERT_NE(set_band(rows), 0);
-  for (int i = 0; i < height; ++i) {
-    EXPECT_EQ(row(i), noise(37, i)) << i;
-    if (i % rows == rows - 1 || i == height - 1) {
-      EXPECT_TRUE(row(i + 1).empty());
-      EXPECT_NE(layer_.ShiftBlock(rows, 1), 0);
-      EXPECT_TRUE(row(i).empty());
+TEST_F(LayerTest, BandsDeliverEveryRowAndNoneBeyondTheFile) {
+  for (const char* const options : {"", "BLOCKYSIZE=5", "TILED=YES BLOCKXSIZE=16 BLOCKYSIZE=16"}) {
+    for (const int height : {1, 7, 50, 64}) {
+      make_raster(path_, 37, height, options);
+      for (const int rows : {1, 3, 16, 36, INT_MAX}) {
+        SCOPED_TRACE(testing::Message() << options << ' ' << height << " rows by " << rows);
+        ASSERT_NE(open(layer_, path_), 0);
+        EXPECT_EQ(row(0), noise(37, 0));
+        EXPECT_TRUE(row(1).empty()) << "a band of one row until another is set";
+        ASSERT_NE(set_band(rows), 0);
+        for (int i = 0; i < height; ++i) {
+          EXPECT_EQ(row(i), noise(37, i)) << i;
+          if (i % rows == rows - 1 || i == height - 1) {
+            EXPECT_TRUE(row(i + 1).empty());
+            EXPECT_NE(layer_.ShiftBlock(rows, 1), 0);
+            EXPECT_TRUE(row(i).empty());
+          }
+        }
+        EXPECT_NE(layer_.ShiftBlock(INT_MAX, 1), 0);
+        EXPECT_TRUE(row(height - 1).empty() && row(height).empty() && row(INT_MAX).empty());
+        ASSERT_NE(set_band(1), 0);
+        EXPECT_EQ(row(0), noise(37, 0));
+        EXPECT_EQ(failure(), "");
+      }
     }
   }
-  EXPECT_NE(layer_.ShiftBlock(INT_MAX, 1), 0);
-  EXPECT_TRUE(row(height - 1).empty() && row(height).empty() && row(INT_MAX).empty());
-  ASSERT_NE(set_band(1), 0);
-  EXPECT_EQ(row(0), noise(37, 0));
-  EXPECT_EQ(failure(), "");
 }
-
-INSTANTIATE_TEST_SUITE_P(HeightRowsLayout, BandWalk,
-                         ::testing::Combine(::testing::Values(1, 7, 50, 64),
-                                            ::testing::Values(1, 3, 16, 36, INT_MAX),
-                                            ::testing::Values("", "BLOCKYSIZE=5",
-                                                              "TILED=YES BLOCKXSIZE=16 "
-                                                              "BLOCKYSIZE=16")));
 
 TEST_F(LayerTest, DeliversEveryRealTypeAsStoredAndRefusesComplexOnes) {
   for (int type = GDT_Byte; type <= GDT_CFloat64; ++type) {

@@ -26,18 +26,15 @@ template <class Angle, class Computed, class Rounded, class Stored>
 void radix2(Stored* re, Stored* im, int m, bool inverse) {
   const Angle two_pi = static_cast<Angle>(std::acos(-1.0)) * Angle{2};
   const int n = 1 << m;
-  int half = n / 2;
-  int shift = m - 1;
   const auto rounded = [](Computed v) { return static_cast<Stored>(static_cast<Rounded>(v)); };
-  for (int stage = 0; stage < m; ++stage) {
+  for (int half = n / 2; half > 0; half /= 2) {
     for (int j = 0; j < n; j += 2 * half) {
-      const int r = reversed(j >> shift, m);
+      const int r = reversed(j / half, m);
       const Angle x = two_pi * static_cast<Angle>(r) / static_cast<Angle>(n);
       const auto c = static_cast<Computed>(std::cos(x));
       const auto s = static_cast<Computed>(inverse ? -std::sin(x) : std::sin(x));
       for (int i = 0; i < half; ++i) {
-        const int a = j + i;
-        const int b = j + half + i;
+        const int a = j + i, b = a + half;
         const Computed t_re = Computed{re[b]} * c + Computed{im[b]} * s;
         const Computed t_im = Computed{im[b]} * c - Computed{re[b]} * s;
         re[b] = rounded(Computed{re[a]} - t_re);
@@ -46,8 +43,6 @@ void radix2(Stored* re, Stored* im, int m, bool inverse) {
         im[a] = rounded(Computed{im[a]} + t_im);
       }
     }
-    shift -= 1;
-    half /= 2;
   }
   for (int i = 0; i <= n; ++i) {
     const int j = reversed(i, m);
@@ -76,42 +71,28 @@ void alternate_signs(Stored* re, Stored* im, int n) {
   }
 }
 
-/// Discrete Fourier transform by its definition, in long double, unscaled.
+/// ‖actual − expected‖ / ‖expected‖, where a discrete Fourier transform of the line, by its
+/// definition, in long double, from frequency `first` on and divided, is what is expected. Real
+/// parts come before imaginary parts.
 template <class Stored>
-std::vector<std::complex<long double>> dft(const std::vector<Stored>& re,
-                                           const std::vector<Stored>& im, bool inverse) {
-  const std::size_t n = re.size();
-  std::vector<std::complex<long double>> roots(n);
+long double relative_error(const std::vector<Stored>& actual, const std::vector<Stored>& line,
+                           bool inverse, std::size_t first, long double divisor) {
+  using Complex = std::complex<long double>;
+  const std::size_t n = line.size() / 2;
+  const long double turn = (inverse ? 2.0L : -2.0L) * std::acos(-1.0L);
+  std::vector<Complex> roots;
   for (std::size_t k = 0; k < n; ++k) {
-    const long double x =
-        2.0L * std::acos(-1.0L) * static_cast<long double>(k) / static_cast<long double>(n);
-    roots[k] = {std::cos(x), inverse ? std::sin(x) : -std::sin(x)};
+    roots.push_back(std::polar(1.0L / divisor,
+                               turn * static_cast<long double>(k) / static_cast<long double>(n)));
   }
-  std::vector<std::complex<long double>> spectrum(n);
+  long double difference = 0, norm = 0;
   for (std::size_t k = 0; k < n; ++k) {
-    long double sum_re = 0;
-    long double sum_im = 0;
+    Complex sum;
     for (std::size_t i = 0; i < n; ++i) {
-      const auto root = roots[k * i % n];
-      const long double x = re[i];
-      const long double y = im[i];
-      sum_re += x * root.real() - y * root.imag();
-      sum_im += x * root.imag() + y * root.real();
+      sum += Complex(line[i], line[n + i]) * roots[(k + first) * i % n];
     }
-    spectrum[k] = {sum_re, sum_im};
-  }
-  return spectrum;
-}
-
-/// ‖actual − expected‖ / ‖expected‖.
-template <class Stored>
-long double relative_error(const std::vector<Stored>& re, const std::vector<Stored>& im,
-                           const std::vector<std::complex<long double>>& expected) {
-  long double difference = 0;
-  long double norm = 0;
-  for (std::size_t k = 0; k < expected.size(); ++k) {
-    difference += std::norm(std::complex<long double>(re[k], im[k]) - expected[k]);
-    norm += std::norm(expected[k]);
+    difference += std::norm(Complex(actual[k], actual[n + k]) - sum);
+    norm += std::norm(sum);
   }
   return std::sqrt(difference / norm);
 }

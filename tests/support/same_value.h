@@ -1,11 +1,27 @@
-// Equality as the contract means it: equal bits, and any NaN for a NaN.
+// Equality as the contract means it: equal bits, or equal numbers where transforms and elimination
+// leave the sign of a zero open; and any NaN for a NaN.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <cmath>
+#include <vector>
 
 /// For EXPECT_PRED2, which prints both values where they differ.
 inline bool same_value(double actual, double expected) {
   return std::isnan(expected)
              ? std::isnan(actual)
              : actual == expected && std::signbit(actual) == std::signbit(expected);
+}
+
+/// Whether all elements are equal; a zero equals one of the other sign.
+template <class A, class B>
+testing::AssertionResult same_values(const std::vector<A>& actual, const std::vector<B>& expected) {
+  for (std::size_t i = 0; i < actual.size() && i < expected.size(); ++i) {
+    if (!(actual[i] == expected[i] || (std::isnan(actual[i]) && std::isnan(expected[i])))) {
+      return testing::AssertionFailure()
+             << "element " << i << " is " << actual[i] << ", expected " << expected[i];
+    }
+  }
+  return testing::AssertionResult(actual.size() == expected.size()) << "sizes differ";
 }

@@ -18,6 +18,7 @@ template <class Real>
 struct Arithmetic {
   void (*radix2)(Real* re, Real* im, int m, bool inverse);
   double accuracy;
+  bool rounds;  ///< to float
 };
 
 /// A transform, as one of a split pair.
@@ -42,11 +43,11 @@ struct Form {
   }
 };
 
-/// A transform of an interleaved array, on a split pair.
+/// A transform of an interleaved array, on a split pair. Allocates at its first use only.
 template <void (*transform)(float*, int)>
 void interleaved(float* re, float* im, int m) {
-  const std::size_t n = std::size_t{1} << m;
-  std::vector<float> data(2 * n);
+  static thread_local std::vector<float> data(std::size_t{2} << 16);
+  const std::size_t n = m >= 0 && m <= 16 ? std::size_t{1} << m : 1;
   for (std::size_t i = 0; i < n; ++i) {
     data[2 * i] = re[i];
     data[2 * i + 1] = im[i];
@@ -63,29 +64,26 @@ std::vector<Form<Real>> all();
 
 template <>
 inline std::vector<Form<double>> all<double>() {
-  const Arithmetic<double> in_double{oracle::radix2<double, double, double>, std::ldexp(1.5, -53)};
-  const Arithmetic<double> rounded{oracle::radix2<double, double, float>, std::ldexp(1.0, -24)};
+  const Arithmetic<double> in_double{oracle::radix2<double, double, double>, 0x1.8p-53, false};
+  const Arithmetic<double> rounded{oracle::radix2<double, double, float>, 0x1p-24, true};
   return {
       {"fft", in_double, false, false, false, fft},
       {"ifft", rounded, true, false, false, ifft},
       {"fft_Fast", in_double, false, false, false, fft_Fast},
       {"ifft_Fast", in_double, true, true, false, ifft_Fast},
-      {"member fft", in_double, false, false, false,
-       [](double* re, double* im, int m) { CFFTClass().fft(re, im, m); }},
-      {"member ifft", rounded, true, false, false,
-       [](double* re, double* im, int m) { CFFTClass().ifft(re, im, m); }},
-      {"fft_new 1", in_double, false, false, true,
-       [](double* re, double* im, int m) { CFFTClass().fft_new(re, im, m, 1); }},
+      {"member fft", in_double, false, false, false, [](auto... x) { CFFTClass().fft(x...); }},
+      {"member ifft", rounded, true, false, false, [](auto... x) { CFFTClass().ifft(x...); }},
+      {"fft_new 1", in_double, false, false, true, [](auto... x) { CFFTClass().fft_new(x..., 1); }},
       {"fft_new 0", in_double, false, false, false,
-       [](double* re, double* im, int m) { CFFTClass().fft_new(re, im, m, 0); }},
+       [](auto... x) { CFFTClass().fft_new(x..., 0); }},
   };
 }
 
 template <>
 inline std::vector<Form<float>> all<float>() {
-  const Arithmetic<float> rounded{oracle::radix2<double, double, float>, std::ldexp(1.0, -24)};
-  const Arithmetic<float> in_float{oracle::radix2<float, float, float>, std::ldexp(2.0, -24)};
-  const Arithmetic<float> by_table{oracle::radix2<double, float, float>, std::ldexp(1.0, -24)};
+  const Arithmetic<float> rounded{oracle::radix2<double, double, float>, 0x1p-24, true};
+  const Arithmetic<float> in_float{oracle::radix2<float, float, float>, 0x1p-23, true};
+  const Arithmetic<float> by_table{oracle::radix2<double, float, float>, 0x1p-24, true};
   return {
       {"fft", in_float, false, false, false, fft},
       {"ifft", in_float, true, true, false, ifft},
@@ -95,14 +93,11 @@ inline std::vector<Form<float>> all<float>() {
       {"ifft_Fast", by_table, true, true, false, ifft_Fast},
       {"fft_Fast interleaved", by_table, false, false, false, interleaved<fft_Fast>},
       {"ifft_Fast interleaved", by_table, true, true, false, interleaved<ifft_Fast>},
-      {"member fft", rounded, false, false, false,
-       [](float* re, float* im, int m) { CFFTClass().fft(re, im, m); }},
-      {"member ifft", rounded, true, false, false,
-       [](float* re, float* im, int m) { CFFTClass().ifft(re, im, m); }},
-      {"fft_new 1", rounded, false, false, true,
-       [](float* re, float* im, int m) { CFFTClass().fft_new(re, im, m, 1); }},
+      {"member fft", rounded, false, false, false, [](auto... x) { CFFTClass().fft(x...); }},
+      {"member ifft", rounded, true, false, false, [](auto... x) { CFFTClass().ifft(x...); }},
+      {"fft_new 1", rounded, false, false, true, [](auto... x) { CFFTClass().fft_new(x..., 1); }},
       {"fft_new -1", rounded, false, false, false,
-       [](float* re, float* im, int m) { CFFTClass().fft_new(re, im, m, -1); }},
+       [](auto... x) { CFFTClass().fft_new(x..., -1); }},
   };
 }
 

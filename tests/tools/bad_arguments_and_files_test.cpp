@@ -3,60 +3,16 @@
 #include <sys/stat.h>
 
 #include <filesystem>
-#include <tuple>
+#include <utility>
 
 #include "tool_run.h"
 
 namespace {
 
-/// Exit status, arguments, part of the message.
-using BadCase = std::tuple<int, std::string, std::string>;
-
-class BadRun : public ToolTest, public ::testing::WithParamInterface<BadCase> {
- protected:
-  BadRun() {
-    const SampleAt ramp = [](int x, int y) { return Sample(x + y, x); };
-    make("real.tif", 64, 40, GDT_Float32, ramp);
-    make("complex.tif", 8, 6, GDT_CInt16, ramp);
-    make(
-        "holes.tif", 64, 64, GDT_Float32, [](int, int) { return Sample(); }, "SPARSE_OK=TRUE");
-    make_virtual("sides.vrt", 48, 32, "CFloat32", "", "");
-    make_virtual("round_holes.vrt", 64, 64, "Float32", "",
-                 "<SimpleSource><SourceFilename>holes.tif</SourceFilename></SimpleSource>");
-    put_bytes("short.img", std::string(1000, 'x'));
-    put_bytes("short.hdr", "ENVI\nsamples = 16\nlines = 16\nbands = 1\ndata type = 4\n");
-    put_bytes("truncated.tif", bytes("real.tif").substr(0, 5000));
-    // Cut where a tile ends, so that no read comes up short.
-    make("cut.tif", 64, 512, GDT_Float32, ramp, "TILED=YES");
-    std::filesystem::resize_file(file("cut.tif"), bytes("cut.tif").size() - 256 * 256 * 4);
-    put_bytes("empty.tif", "");
-    put_bytes("placed.tfw", "");
-    make_virtual("inner.vrt", 64, 40, "Float32", "",
-                 "<SimpleSource><SourceFilename>real.tif</SourceFilename></SimpleSource>");
-    make_virtual("outer.vrt", 64, 40, "Float32", "",
-                 "<SimpleSource><SourceFilename>inner.vrt</SourceFilename></SimpleSource>");
-    std::filesystem::copy_file(file("complex.tif"), file("it's complex.tif"));
-    put_bytes("old.tif", "the old file, ");
-    put_bytes("old.png", "the old picture");
-    std::filesystem::create_directory(file("folder"));
-    std::filesystem::create_symlink("real.tif", file("link.tif"));
-    mkfifo(file("pipe.tif").c_str(), 0600);
-  }
-};
-
-TEST_P(BadRun, IsOneLineAndLeavesNoTrace) {
-  const auto& [status, arguments, reason] = GetParam();
-  const std::vector<std::string> before = names();
-  const ToolRun finished = run(arguments);
-  EXPECT_EQ(finished.status, status);
-  EXPECT_THAT(finished.err, MatchesRegex("sarnum: error: [^\n]+\n"));
-  EXPECT_THAT(finished.err, HasSubstr(reason));
-  EXPECT_EQ(finished.out, "");
-  EXPECT_EQ(names(), before);
-  EXPECT_EQ(bytes("old.tif") + bytes("old.png"), "the old file, the old picture");
-}
-
-const BadCase bad_cases[] = {
+const struct {
+  int status;
+  const char *arguments, *reason;
+} bad_cases[] = {
     {2, "sharpen a", "no command 'sharpen'"},
     {2, "multilook real.tif out.tif --looks=4x0", "at least one"},
     {2, "multilook real.tif out.tif --looks=0x-1", "at least one"},
@@ -77,10 +33,7 @@ const BadCase bad_cases[] = {
     {1, "detect holes.tif old.tif --overwrite", "incomplete"},
     {1, "stats round_holes.vrt", "holes.tif' is incomplete"},
     {1, "detect folder old.tif --overwrite", "is a folder"},
-    {1, "info empty.tif", "is empty"},
     {1, "stats truncated.tif --json", "truncated.tif"},
-    {2, "stats real.tif --jason", "no option '--jason'"},
-    {1, "multilook no.tif out.tif --looks 2x2", "No such file"},
     {1, "multilook truncated.tif out.tif --looks 2x2", "truncated.tif"},
     {1, "spectrum truncated.tif out.tif", "truncated.tif"},
     {1, "detect complex.tif /proc/out.tif", "/proc"},
@@ -99,6 +52,46 @@ const BadCase bad_cases[] = {
     {1, "detect complex.tif out.tif --picture old.png", "old.png"},
 };
 
-INSTANTIATE_TEST_SUITE_P(Table, BadRun, ::testing::ValuesIn(bad_cases));
+TEST_F(ToolTest, ABadRunIsOneLineAndLeavesNoTrace) {
+  const SampleAt ramp = [](int x, int y) { return Sample(x + y, x); };
+  const SampleAt none = [](int, int) { return Sample(); };
+  make("real.tif", 64, 40, GDT_Float32, ramp);
+  make("complex.tif", 8, 6, GDT_CInt16, ramp);
+  make("holes.tif", 64, 64, GDT_Float32, none, "SPARSE_OK=TRUE");
+  make_virtual("sides.vrt", 48, 32, "CFloat32", "", "");
+  make_virtual("round_holes.vrt", 64, 64, "Float32", "",
+               "<SimpleSource><SourceFilename>holes.tif</SourceFilename></SimpleSource>");
+  put_bytes("short.img", std::string(1000, 'x'));
+  put_bytes("short.hdr", "ENVI\nsamples = 16\nlines = 16\nbands = 1\ndata type = 4\n");
+  put_bytes("truncated.tif", bytes("real.tif").substr(0, 5000));
+  // Cut where a tile ends, so that no read comes up short.
+  make("cut.tif", 64, 512, GDT_Float32, ramp, "TILED=YES");
+  std::filesystem::resize_file(file("cut.tif"), bytes("cut.tif").size() - 256 * 256 * 4);
+  put_bytes("empty.tif", "");
+  put_bytes("placed.tfw", "");
+  for (const auto& [name, source] :
+       {std::pair{"inner.vrt", "real.tif"}, {"outer.vrt", "inner.vrt"}}) {
+    make_virtual(name, 64, 40, "Float32", "",
+                 std::string("<SimpleSource><SourceFilename>") + source +
+                     "</SourceFilename></SimpleSource>");
+  }
+  std::filesystem::copy_file(file("complex.tif"), file("it's complex.tif"));
+  put_bytes("old.tif", "the old file, ");
+  put_bytes("old.png", "the old picture");
+  std::filesystem::create_directory(file("folder"));
+  std::filesystem::create_symlink("real.tif", file("link.tif"));
+  mkfifo(file("pipe.tif").c_str(), 0600);
+  const std::vector<std::string> before = names();
+  for (const auto& [status, arguments, reason] : bad_cases) {
+    SCOPED_TRACE(arguments);
+    const ToolRun finished = run(arguments);
+    EXPECT_EQ(finished.status, status);
+    EXPECT_THAT(finished.err, MatchesRegex("sarnum: error: [^\n]+\n"));
+    EXPECT_THAT(finished.err, HasSubstr(reason));
+    EXPECT_EQ(finished.out, "");
+    EXPECT_EQ(names(), before);
+    EXPECT_EQ(bytes("old.tif") + bytes("old.png"), "the old file, the old picture");
+  }
+}
 
 }  // namespace
