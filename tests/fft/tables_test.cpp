@@ -106,37 +106,30 @@ TEST_F(Tables, GrowBelowTheLargestExponentAfterARelease) {
 }
 
 TEST_F(Tables, EveryFailedAllocationHasItsStatusAndIsMadeUpForLater) {
-  for (int nth = 1; nth <= 4; ++nth) {
-    SetUp();
-    {
-      const FailingAllocations failing(nth, Failing::persistently);
-      EXPECT_EQ(init_ibitr(9), nth);
+  for (const bool grows_after_release : {false, true}) {
+    for (int nth = 1; nth <= 4; ++nth) {
+      SCOPED_TRACE(testing::Message() << "allocation " << nth << ", grows " << grows_after_release);
+      SetUp();
+      if (grows_after_release) {
+        ASSERT_EQ(init_ibitr(11), 0);
+        delete_ibitr();
+        ASSERT_EQ(init_ibitr(8), 0);
+      }
+      {
+        const FailingAllocations failing(nth, Failing::persistently);
+        EXPECT_EQ(init_ibitr(9), nth);
+      }
+      EXPECT_EQ(table_state.largest_exponent, grows_after_release ? 11 : 9);
+      expect_no_length_served();
+      {
+        const FailingAllocations counting(0);
+        EXPECT_EQ(init_ibitr(9), 0);
+        constexpr int derived = 2;
+        EXPECT_EQ(counting.count(), 5 - nth + derived) << "allocates only what is missing";
+      }
+      expect_tables_of(5);
+      expect_tables_of(9);
     }
-    EXPECT_EQ(table_state.largest_exponent, 9);
-    expect_no_length_served();
-    {
-      const FailingAllocations counting(0);
-      EXPECT_EQ(init_ibitr(9), 0);
-      constexpr int derived = 2;
-      EXPECT_EQ(counting.count(), 5 - nth + derived) << "allocates only what is missing";
-    }
-    expect_tables_of(9);
-  }
-}
-
-TEST_F(Tables, AFailureToGrowLeavesNothingShortOrServed) {
-  for (int nth = 1; nth <= 4; ++nth) {
-    SetUp();
-    ASSERT_EQ(init_ibitr(11), 0);
-    delete_ibitr();
-    ASSERT_EQ(init_ibitr(8), 0);
-    {
-      const FailingAllocations failing(nth);
-      EXPECT_EQ(init_ibitr(10), nth);
-    }
-    expect_no_length_served();
-    expect_tables_of(5);
-    expect_tables_of(10);
   }
 }
 

@@ -6,17 +6,12 @@
 
 namespace {
 
-thread_local bool counting = false;
-thread_local int asked = 0;
-thread_local int failing_number = 0;
-thread_local bool stays_failing = false;
+thread_local bool counting = false, stays_failing = false;
+thread_local int asked = 0, failing_number = 0;
 
 bool fails_now() {
-  if (!counting) {
-    return false;
-  }
-  ++asked;
-  return failing_number > 0 &&
+  asked += counting ? 1 : 0;
+  return counting && failing_number > 0 &&
          (asked == failing_number || (stays_failing && asked > failing_number));
 }
 
@@ -37,13 +32,11 @@ int FailingAllocations::count() const {
   return asked;
 }
 
-extern "C" {
-void* __real_malloc(std::size_t size);
-void* __wrap_malloc(std::size_t size);
+extern "C" void* __real_malloc(std::size_t size);
+extern "C" void* __wrap_malloc(std::size_t size);
 
 void* __wrap_malloc(std::size_t size) {
   return fails_now() ? nullptr : __real_malloc(size);
-}
 }
 
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept {

@@ -3,6 +3,7 @@
 #ifndef MINIMAL_HOST_H
 #define MINIMAL_HOST_H
 
+#include <cstddef>
 #include <map>
 #include <string>
 #include <vector>
@@ -49,16 +50,14 @@ class CFileLayer {
   int Width() { return raster_->width; }
   int Height() { return raster_->height; }
   int SetBlockMode(int, int, int, int, int, int) { return 1; }
-  void* GetRowAddr(int row) { return &raster_->pixels[index(row, 0)]; }
+  void* GetRowAddr(int row) {
+    return raster_->pixels.data() + static_cast<std::ptrdiff_t>(row) * raster_->width;
+  }
   int WriteRow(void*, int, int, int, int) { return 1; }
   int ShiftBlock(int, int) { return 1; }
   void Close() { raster_ = nullptr; }
 
  private:
-  std::size_t index(int row, int column) const {
-    return static_cast<std::size_t>(row) * static_cast<std::size_t>(raster_->width) +
-           static_cast<std::size_t>(column);
-  }
   MemoryRaster* raster_ = nullptr;
 };
 
