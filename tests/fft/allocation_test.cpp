@@ -3,15 +3,17 @@
 #include <gtest/gtest.h>
 #include <sarnum/sarnum.h>
 
-#include <cstring>
 #include <new>
+#include <string>
 #include <vector>
 
 #include "failing_allocations.h"
+#include "recording_meter.h"
 #include "transform_forms.h"
 
 namespace {
 
+using testing::MatchesRegex;
 using Failing = FailingAllocations::Failing;
 
 template <class Real>
@@ -39,21 +41,6 @@ TEST(Allocation, OneDimensionalTransformsNeedNoTwiddleStorage) {
   check_forms<float>();
 }
 
-/// Counts calls and keeps the text without allocating anything itself.
-class CountingMeter : public CMeterInfo {
- public:
-  void SetRange(int, int) override { ++preparations; }
-  int SetStep(int) override { return ++preparations; }
-  void SetText(const char* shown) override {
-    ++preparations;
-    std::strncpy(text, shown, sizeof text - 1);
-  }
-  void StepIt() override { ++steps; }
-
-  char text[80] = {};
-  int preparations = 0, steps = 0;
-};
-
 enum Kind { forward, centred, inverse };
 
 /// Runs a 16 × 8 complex float transform with the nth allocation failing (0: none).
@@ -73,11 +60,13 @@ struct TransformRun {
 
   const std::vector<float> before = oracle::random_values<float>(2 * 16 * 8, 3);
   std::vector<float> values = before;
-  CountingMeter meter;
+  RecordingMeter meter;
   int result = -1, count = 0;
 };
 
 TEST(Allocation, TwoDimensionalTransformsAreDoneWholeOrNotAtAll) {
+  // The caption may be lost, as it is not worth the transform.
+  const std::string prepared = "range 0 24 step 1 [^|.]*\\.\\.\\.";
   for (const Kind kind : {forward, centred, inverse}) {
     for (const Failing failing : {Failing::once, Failing::persistently}) {
       const TransformRun whole(kind, 0, failing);
@@ -88,13 +77,11 @@ TEST(Allocation, TwoDimensionalTransformsAreDoneWholeOrNotAtAll) {
         if (run.values == run.before) {
           ++not_done;
           EXPECT_EQ(run.result, kind == centred ? 1 : 0);
-          EXPECT_EQ(run.meter.steps, 0);
-          EXPECT_EQ(run.meter.preparations, kind == inverse ? 3 : 0);
+          EXPECT_THAT(run.meter.calls, MatchesRegex(kind == inverse ? prepared : ""));
         } else {
           EXPECT_EQ(run.result, 1);
           EXPECT_EQ(run.values, whole.values);
-          EXPECT_EQ(run.meter.steps, 16 + 8);
-          EXPECT_THAT(run.meter.text, testing::EndsWith("..."));
+          EXPECT_THAT(run.meter.calls, MatchesRegex(prepared + "\\|{24}"));
         }
       }
       EXPECT_GE(not_done, 2) << "the two work buffers";

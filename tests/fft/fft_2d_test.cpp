@@ -12,35 +12,10 @@
 #include <vector>
 
 #include "pixel_cases.h"
+#include "recording_meter.h"
 #include "transform_forms.h"
 
 namespace {
-
-/// Notes every call in order, a step as a stroke.
-class RecordingMeter : public CMeterInfo {
- public:
-  void SetRange(int lower, int upper) override {
-    note("range " + std::to_string(lower) + " " + std::to_string(upper));
-  }
-  int SetStep(int step) override { return note(" step " + std::to_string(step) + " "); }
-  void SetText(const char* text) override { note(text); }
-  void StepIt() override { note("|"); }
-  void SetPos(int) override { note("unexpected"); }
-  int CancelMode() override { return note("unexpected"); }
-
-  std::string calls;
-
- private:
-  int note(const std::string& call) {
-    calls += call;
-    return 0;
-  }
-};
-
-std::string expected_calls(std::size_t range, int label, std::size_t steps) {
-  return "range 0 " + std::to_string(range) + " step 1 " + std::string(GetResourceString(label)) +
-         "..." + std::string(steps, '|');
-}
 
 /// Bytes of which any run is finite numbers of every floating type.
 std::vector<unsigned char> noise(std::size_t size) {
