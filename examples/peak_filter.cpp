@@ -55,41 +55,71 @@ std::vector<double> spectrum(Signal signal, double scale = 1.0) {
   return magnitude;
 }
 
-/// Names the outermost bins that a filter has kept, and their share of the signal's energy.
-void print(const char* name, std::vector<double> before, std::vector<double> after) {
-  std::vector<int> kept;
+/// The outermost bins that a filter has kept.
+struct Band {
+  std::size_t count = 0, first = 0, last = 0;
+};
+
+Band kept_bins(const std::vector<double>& before, const std::vector<double>& after) {
+  Band band;
   for (std::size_t k = 0; k < samples; ++k) {
     if (after[k] > before[k] / 2.0) {
-      kept.push_back(static_cast<int>(k));
+      band.first = band.count == 0 ? k : band.first;
+      band.last = k;
+      ++band.count;
     }
   }
-  const double energy = Scalar_Multiply(after.data(), after.data(), samples) /
-                        Scalar_Multiply(before.data(), before.data(), samples);
-  std::printf("  %-12s keeps %3zu bins, %d ... %d, and %.3f %% of the energy\n", name, kept.size(),
-              kept.front(), kept.back(), 100.0 * energy);
+  return band;
 }
 
-constexpr int bin_width = 2;
-constexpr int panel_height = 110;
-constexpr int gap = 6;
+/// Names the bins that a filter has kept, and their share of the signal's energy.
+void print(const char* name, const Band& kept, std::vector<double> before,
+           std::vector<double> after) {
+  const double energy = Scalar_Multiply(after.data(), after.data(), samples) /
+                        Scalar_Multiply(before.data(), before.data(), samples);
+  std::printf("  %-12s keeps %3zu bins, %zu ... %zu, and %.3f %% of the energy\n", name, kept.count,
+              kept.first, kept.last, 100.0 * energy);
+}
+
+constexpr int bin_width = 3;
+constexpr int margin = 12;  // beside the bars, so that bin 0 does not lie at the edge
+constexpr int bars_height = 110;
+constexpr int mark_height = 10;
+constexpr int mark_gap = 3;
+constexpr int gap = 8;
+constexpr int panel_width = samples * bin_width + 2 * margin;
+constexpr int panel_height = bars_height + mark_gap + mark_height;
 
 /// Draws magnitudes as bars, up to 75 dB high: black above the mean of the signal's own spectrum,
-/// which is a dotted line, and grey below.
+/// which is a dotted line, and grey below. The mark under them has the band for its upper edge; it
+/// widens downwards, so that a band of one bin is seen.
 void draw(Picture& picture, int column, int row, const std::vector<double>& magnitude, double peak,
-          double mean) {
-  const int left = column * (samples * bin_width + gap);
-  const int bottom = row * (panel_height + gap) + panel_height - 1;
+          double mean, const Band& band) {
+  const int left = column * (panel_width + gap) + margin;
+  const int top = row * (panel_height + gap);
+  const int bottom = top + bars_height - 1;
   const auto height = [&](double value) {
     const double db = 20.0 * std::log10(value / peak + 1e-30);
-    return static_cast<int>(std::clamp((db + 75.0) / 75.0, 0.0, 1.0) * (panel_height - 1));
+    return static_cast<int>(std::clamp((db + 75.0) / 75.0, 0.0, 1.0) * (bars_height - 1));
   };
-  for (int x = 0; x < samples * bin_width; ++x) {
-    const double value = magnitude[static_cast<std::size_t>(x / bin_width)];
+  for (int x = -margin; x < samples * bin_width + margin; ++x) {
     for (int y = 0; y < panel_height; ++y) {
-      picture.at(left + x, bottom - y) = y >= height(value) ? 255 : value > mean ? 0 : 160;
+      picture.at(left + x, top + y) = 255;
+    }
+  }
+  for (int x = 0; x < samples * bin_width; ++x) {
+    const auto bin = static_cast<std::size_t>(x / bin_width);
+    for (int y = 0; y < height(magnitude[bin]); ++y) {
+      picture.at(left + x, bottom - y) = magnitude[bin] > mean ? 0 : 160;
     }
     if (x % 8 < 4) {
       picture.at(left + x, bottom - height(mean)) = 90;
+    }
+  }
+  const auto edge = [](std::size_t bin) { return static_cast<int>(bin) * bin_width; };
+  for (int y = 0; y < mark_height; ++y) {
+    for (int x = edge(band.first) - y; x < edge(band.last + 1) + y; ++x) {
+      picture.at(left + x, bottom + 1 + mark_gap + y) = 0;
     }
   }
 }
@@ -109,7 +139,7 @@ int main(int argc, char** argv) try {
       in_noise([](double t) { return 40.0 * t; }),
       in_noise([](double t) { return 150.0 * t + 20.0 * t * t; }),
   };
-  Picture picture(2 * samples * bin_width + gap, 3 * panel_height + 2 * gap, 200);
+  Picture picture(2 * panel_width + gap, 3 * panel_height + 2 * gap, 200);
   for (int i = 0; i < 2; ++i) {
     const Signal& signal = signals[static_cast<std::size_t>(i)];
     Signal high = signal;
@@ -123,13 +153,14 @@ int main(int argc, char** argv) try {
     const std::vector<double> rest = spectrum(low, 1.0 / samples);
     std::printf("%s, strongest in bin %d\n", i == 0 ? "tone" : "chirp",
                 Max_mass_index(before.data(), samples));
-    print("FilterHighSp", before, kept);
-    print("FilterLowSp", before, rest);
+    const Band band = kept_bins(before, kept);
+    print("FilterHighSp", band, before, kept);
+    print("FilterLowSp", kept_bins(before, rest), before, rest);
     const double peak = Max_mass(before.data(), samples);
     const double mean = Mean(before.data(), samples);
-    draw(picture, i, 0, before, peak, mean);
-    draw(picture, i, 1, kept, peak, mean);
-    draw(picture, i, 2, rest, peak, mean);
+    draw(picture, i, 0, before, peak, mean, band);
+    draw(picture, i, 1, kept, peak, mean, band);
+    draw(picture, i, 2, rest, peak, mean, band);
   }
   return picture.write((std::filesystem::path(folder) / "peak_filter.png").string()) ? 0 : 1;
 } catch (const std::exception& error) {

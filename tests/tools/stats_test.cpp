@@ -64,6 +64,14 @@ TEST_F(StatsTest, AgreesWithGdalOnEveryType) {
 TEST_F(StatsTest, CountsWhatIsNoSampleAndWhatIsNotFinite) {
   constexpr double nan = NAN;
   constexpr double inf = INFINITY;
+  // More samples than are taken up at once: first a and b in turn, then c and d.
+  const auto halves = [](double a, double b, double c, double d) {
+    std::vector<Sample> row;
+    for (int i = 0; i < 4096; ++i) {
+      row.emplace_back(i < 2048 ? (i % 2 == 0 ? a : b) : (i % 2 == 0 ? c : d));
+    }
+    return row;
+  };
   const struct {
     std::vector<Sample> samples;
     double nodata;
@@ -81,6 +89,14 @@ TEST_F(StatsTest, CountsWhatIsNoSampleAndWhatIsNotFinite) {
       {{0, -1e308}, nan, "2 0 0 1 -1e+308 0 0.0 -5e+307 5e+307"},
       {{1, 3, -inf}, nan, "3 0 1 2 -Infinity 1 3.0 2.0 1.0"},
       {{inf, 1, 3}, nan, "3 0 1 1 1.0 0 Infinity 2.0 1.0"},
+      {{1e-200, 3e-200}, nan, "2 0 0 0 1e-200 1 3e-200 2e-200 1e-200"},
+      {halves(0, 4, 16, 12), nan, "4096 0 0 0 0.0 2048 16.0 8.0 6.324555320336759"},
+      {halves(1, 3, -0x1p1000, 0), nan,
+       "4096 0 0 2048 -1.0715086071862673e+301 1 3.0 -2.6787715179656683e+300 "
+       "4.639768370984943e+300"},
+      {halves(0x1p54 - 4, 0x1p54 - 2, 0x1p54 - 6, 0x1p54), nan,
+       "4096 0 0 2048 1.8014398509481978e+16 2049 1.8014398509481984e+16 1.801439850948198e+16 "
+       "2.23606797749979"},
       {{0, 1.1999999999999922},
        nan,
        "2 0 0 0 0.0 1 1.1999999999999922 0.5999999999999961 0.5999999999999961"},

@@ -1,5 +1,6 @@
 // sarnum stats: extremes with their positions, mean and standard deviation of the first band.
 #include <sarnum/sarnum.h>
+#include <unistd.h>
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
@@ -64,8 +65,7 @@ class ValueReader {
   std::vector<double> im_;
 };
 
-RunningStatistics statistics_of(const RasterInput& input, bool show_progress) {
-  Progress progress(show_progress);
+RunningStatistics statistics_of(const RasterInput& input, Progress& progress) {
   progress.update(0.0);
   RunningStatistics statistics;
   ValueReader reader(input);
@@ -75,7 +75,6 @@ RunningStatistics statistics_of(const RasterInput& input, bool show_progress) {
     statistics.add(reader.read(first, count));
     progress.update(static_cast<double>(first + count) / input.height());
   }
-  progress.finish();
   return statistics;
 }
 
@@ -162,8 +161,18 @@ std::string text(const RasterInput& input, const RunningStatistics& statistics) 
 
 void run_stats(const StatsArguments& arguments) {
   const RasterInput input(arguments.input);
-  const RunningStatistics statistics = statistics_of(input, arguments.show_progress);
-  print(arguments.json ? json(input, statistics) : text(input, statistics));
+  Progress progress(arguments.show_progress);
+  const RunningStatistics statistics = statistics_of(input, progress);
+  const std::string report = arguments.json ? json(input, statistics) : text(input, statistics);
+  // A terminal that shows both must not get the report in the middle of the line of progress.
+  const bool shows_report = isatty(STDOUT_FILENO) == 1;
+  if (shows_report) {
+    progress.finish();
+  }
+  print(report);
+  if (!shows_report) {
+    progress.finish();
+  }
 }
 
 }  // namespace sarnum::tool

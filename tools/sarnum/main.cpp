@@ -163,12 +163,14 @@ void add_stats(CLI::App& app, Arguments& arguments) {
   command.add_flag("--json", arguments.stats.json, "One JSON object instead of text");
   add_progress_options(command, arguments);
   command.footer(
-      "Of the values of a real raster, of the amplitudes |z| of a complex one. Nodata and NaN are\n"
-      "left out and counted; infinities are extremes, but left out of mean and standard deviation\n"
-      "(which is that of the population: divided by the number of samples). Positions are those\n"
-      "of the first such sample in row order, counted from 0. In JSON, a figure without samples "
-      "is\n"
-      "null, and infinity the string \"Infinity\" or \"-Infinity\".\n"
+      "Of the values of a real raster as they are stored (scale and offset are not applied), of "
+      "the\n"
+      "amplitudes |z| of a complex one. Nodata and NaN are left out and counted; infinities are\n"
+      "valid and extremes, but left out of mean and standard deviation (which is that of the\n"
+      "population: divided by the number of samples). Positions are those of the first such "
+      "sample\n"
+      "in row order, counted from 0. In JSON, a figure without samples is null, infinity the\n"
+      "string \"Infinity\" or \"-Infinity\", and a nodata value of NaN the string \"NaN\".\n"
       "Example:\n  sarnum stats slc.tif --json");
 }
 

@@ -6,9 +6,11 @@
 //   mean += Σc / N          squares += Σc² - (Σc)² / N
 //
 // What is subtracted never comes near the sum: for a run of n samples it is at most n/N of Σc²
-// and, in the first run, at most n times what remains, since the mean starts from a sample. So
-// the deviation of samples that vary little about a large mean keeps its digits. A run is short
-// enough to stay in the first cache while it is looked through.
+// and, in the first run, at most n times what remains, since the mean starts from a sample. What
+// rounding takes from the mean is kept beside it: over many runs it would be seen in the deviation
+// of samples that vary little about a large mean. All is scaled by a power of two, which is exact,
+// so that squares neither overflow nor vanish. A run is short enough to stay in the first cache
+// while it is looked through.
 #include "running_statistics.h"
 
 #include <sarnum/sarnum.h>
@@ -56,16 +58,23 @@ void RunningStatistics::add_run(std::span<const double> samples) {
   }
 }
 
+/// Makes the largest sample so far about 1. What vanishes in that is nothing beside it.
+void RunningStatistics::scale_to(double largest) {
+  constexpr int most = 1000;  // the scale and its inverse are then normal numbers
+  largest_ = largest;
+  const double scale = std::ldexp(1.0, std::clamp(-std::ilogb(largest), -most, most));
+  const double change = scale / scale_;
+  scale_ = scale;
+  mean_ *= change;
+  mean_rest_ *= change;
+  squares_ = squares_ * change * change;
+}
+
 void RunningStatistics::add_finite(std::vector<double>& values) {
   const auto count = static_cast<int>(values.size());
-  // Squares of such large values would overflow. Beside them, what the scale lets vanish is
-  // nothing.
-  constexpr double large = 0x1p400;
-  constexpr double small_scale = 0x1p-600;
-  if (scale_ == 1 && std::abs(Max_mass_ABS(values.data(), count)) > large) {
-    scale_ = small_scale;
-    mean_ *= scale_;
-    squares_ = squares_ * scale_ * scale_;
+  const double largest = std::abs(Max_mass_ABS(values.data(), count));
+  if (largest > largest_) {
+    scale_to(largest);
   }
   if (finite_ == 0) {
     mean_ = values.front() * scale_;
@@ -74,10 +83,16 @@ void RunningStatistics::add_finite(std::vector<double>& values) {
   for (double& value : values) {
     value = value * scale_ - mean_;
   }
+  // From deviations x - mean_ to those from mean_ + mean_rest_.
   const auto total = static_cast<double>(finite_);
   const double sum = Sum_mass(values.data(), count);
-  mean_ += sum / total;
-  squares_ += Scalar_Multiply(values.data(), values.data(), count) - sum * (sum / total);
+  const double rest_sum = sum - count * mean_rest_;
+  squares_ += Scalar_Multiply(values.data(), values.data(), count) - mean_rest_ * (sum + rest_sum) -
+              rest_sum * (rest_sum / total);
+  const double step = mean_rest_ + rest_sum / total;
+  const double mean = mean_ + step;
+  mean_rest_ = step - (mean - mean_);
+  mean_ = mean;
 }
 
 std::optional<double> RunningStatistics::mean() const {

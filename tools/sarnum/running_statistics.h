@@ -37,15 +37,18 @@ class RunningStatistics {
  private:
   void add_run(std::span<const double> samples);
   void add_finite(std::vector<double>& values);
+  void scale_to(double largest);
 
   std::int64_t seen_ = 0;
   std::int64_t finite_ = 0;
   std::int64_t infinite_ = 0;
   std::optional<Extreme> minimum_;
   std::optional<Extreme> maximum_;
-  double scale_ = 1;    // of the two below
-  double mean_ = 0;     // of the finite samples
-  double squares_ = 0;  // of their deviations from the mean, summed
+  double largest_ = 0;    // magnitude of the finite samples
+  double scale_ = 1;      // of the three below
+  double mean_ = 0;       // of the finite samples
+  double mean_rest_ = 0;  // what rounding took from it
+  double squares_ = 0;    // of their deviations from the mean, summed
   std::vector<double> values_;
 };
 
