@@ -52,14 +52,15 @@ bench:
 	@sh cmake/install_packages.sh $(BENCH_PACKAGES)
 	cmake --preset bench
 	cmake --build --preset bench --parallel "$(JOBS)" \
-	  --target transforms_bench numeric_bench linalg_bench sarnum_tool
-	for name in transforms numeric linalg; do \
+	  --target transforms_bench numeric_bench linalg_bench multilook_bench sarnum_tool
+	for name in transforms numeric linalg multilook; do \
 	  build/bench/bench/$${name}_bench build/bench/$$name.json || exit 1; \
 	done
 	/usr/bin/python3 bench/tool_bench.py build/bench/tools/sarnum/sarnum build/bench/rasters \
 	  build/bench/tool.json
 	/usr/bin/python3 bench/table.py build/bench/all.json \
-	  build/bench/transforms.json build/bench/numeric.json build/bench/linalg.json build/bench/tool.json
+	  build/bench/transforms.json build/bench/numeric.json build/bench/linalg.json \
+	  build/bench/multilook.json build/bench/tool.json
 
 install:
 	@sh cmake/install_packages.sh $(BUILD_PACKAGES)
