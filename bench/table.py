@@ -41,12 +41,12 @@ def main():
         with open(path, encoding="utf-8") as file:
             rows += json.load(file)["rows"]
     rows += derived(rows)
-    print(f"\n{'work':<40} {'ours, us':>12} {'peer, us':>12}  {'peer':<14} {'ratio':>6} {'target':>7}")
+    print(f"\n{'work':<44} {'ours, us':>12} {'peer, us':>12}  {'peer':<20} {'ratio':>6} {'target':>7}")
     for row in rows:
         target = f"{row['target']:7.2f}" if "target" in row else ""
         missed = " missed" if "target" in row and row["ratio"] > row["target"] else ""
         times = [f"{row[side]:12.2f}" if side in row else 12 * " " for side in ("ours_us", "peer_us")]
-        print(f"{row["work"]:<40} {times[0]} {times[1]}  {row['peer']:<14} "
+        print(f"{row['work']:<44} {times[0]} {times[1]}  {row['peer']:<20} "
               f"{row['ratio']:6.2f} {target}{missed}")
     with open(sys.argv[1], "w", encoding="utf-8") as file:
         json.dump({"rows": rows}, file, indent=1)
