@@ -2,8 +2,7 @@
 // held in memory under a name, and a meter draws a bar on the terminal.
 //
 // The library is built against this header (-DSARNUM_HOST=external) and calls only what is declared
-// here. Names, argument lists and the order of virtual functions are fixed; what stands behind
-// them is the host's affair.
+// here, by these names and with these arguments; what stands behind them is the host's affair.
 #ifndef OWN_HOST_H
 #define OWN_HOST_H
 
