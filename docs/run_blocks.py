@@ -1,12 +1,14 @@
 #!/usr/bin/env python3
 """run_blocks.py PAGE.md FOLDER COMPILER [FLAG ...]: does what a page tells its reader to do.
 
-The fenced blocks of a page are taken in order, in FOLDER: `sh` blocks are run, `cpp` blocks are
+The fenced blocks of a page are taken in order, in FOLDER, which is
+made anew: `sh` blocks are run, `cpp` blocks are
 compiled as programs and run, and what they print is what a `text` block behind them shows. Commands
 are found on PATH. Fails at the first block that does not do what the page says.
 """
 import pathlib
 import re
+import shutil
 import subprocess
 import sys
 
@@ -23,7 +25,8 @@ def main():
         sys.exit(__doc__)
     page, folder = pathlib.Path(sys.argv[1]), pathlib.Path(sys.argv[2])
     compile_command = sys.argv[3:]
-    folder.mkdir(parents=True, exist_ok=True)
+    shutil.rmtree(folder, ignore_errors=True)
+    folder.mkdir(parents=True)
     printed = None
     blocks = re.findall(r"^```(\w*)\n(.*?)^```$", page.read_text(encoding="utf-8"), re.M | re.S)
     for number, (kind, block) in enumerate(blocks):
