@@ -87,7 +87,12 @@ double worst_mean() {
     const double right = sum / (looks * looks);
     const double error =
         std::abs(static_cast<double>(output[static_cast<std::size_t>(i)]) - right) / right;
-    worst = error <= worst ? worst : error;
+    if (!(error <= worst)) {  // NaN too, which nothing takes away again
+      worst = error;
+      if (std::isnan(error)) {
+        break;
+      }
+    }
   }
   return worst;
 }

@@ -173,18 +173,29 @@ Piece scan_piece(Arrays& data, const std::string& name, int (*ours)(double*, int
       });
 }
 
+/// The scan `ours` finds the value of such an element.
+template <class Precedes>
+Piece value_piece(Arrays& data, const std::string& name, double (*ours)(double*, int),
+                  Precedes precedes) {
+  auto value = std::make_shared<double>();
+  const double right = *std::min_element(data.a, data.a + many, precedes);
+  return memory_piece(
+      data, name, 8, [=, &data] { *value = ours(data.a, many); },
+      [=](int) { return std::abs(*value) == std::abs(right); });
+}
+
 void add_scans(Arrays& data, std::vector<Piece>& pieces) {
-  const double* const a = data.a;
-  auto least = std::make_shared<double>();
-  pieces.push_back(memory_piece(
-      data, "Min_mass", 8, [=, &data] { *least = Min_mass(data.a, many); },
-      [=, right = *std::min_element(a, a + many)](int) { return *least == right; }));
-  pieces.push_back(
-      scan_piece(data, "Max_mass_index", Max_mass_index, [](double x, double y) { return x > y; }));
-  pieces.push_back(scan_piece(data, "Min_mass_ABS_index", Min_mass_ABS_index,
-                              [](double x, double y) { return std::abs(x) < std::abs(y); }));
-  pieces.push_back(scan_piece(data, "Max_mass_ABS_index", Max_mass_ABS_index,
-                              [](double x, double y) { return std::abs(x) > std::abs(y); }));
+  const auto less = [](double x, double y) { return x < y; };
+  const auto greater = [](double x, double y) { return x > y; };
+  const auto nearer = [](double x, double y) { return std::abs(x) < std::abs(y); };
+  const auto farther = [](double x, double y) { return std::abs(x) > std::abs(y); };
+  pieces.push_back(value_piece(data, "Min_mass", Min_mass, less));
+  pieces.push_back(value_piece(data, "Max_mass", Max_mass, greater));
+  pieces.push_back(value_piece(data, "Min_mass_ABS", Min_mass_ABS, nearer));
+  pieces.push_back(value_piece(data, "Max_mass_ABS", Max_mass_ABS, farther));
+  pieces.push_back(scan_piece(data, "Max_mass_index", Max_mass_index, greater));
+  pieces.push_back(scan_piece(data, "Min_mass_ABS_index", Min_mass_ABS_index, nearer));
+  pieces.push_back(scan_piece(data, "Max_mass_ABS_index", Max_mass_ABS_index, farther));
 }
 
 void add_element_wise(Arrays& data, std::vector<Piece>& pieces) {

@@ -18,8 +18,8 @@ def main():
         groups.setdefault((name, row["peer"], row.get("target")), []).append((size, row["ratio"]))
     print("| work | sizes | peer | ratio | to reach |\n|---|---|---|---|---|")
     for (name, peer, target), sizes in groups.items():
-        ratios = [f"{ratio:.2f}" for _, ratio in sizes]
-        span = " … ".join(dict.fromkeys((min(ratios), max(ratios))))
+        ratios = [ratio for _, ratio in sizes]
+        span = " … ".join(dict.fromkeys((f"{min(ratios):.2f}", f"{max(ratios):.2f}")))
         first, last = sizes[0][0], sizes[-1][0]
         print(f"| {name} | {' … '.join(dict.fromkeys((first, last)))} | {peer} | {span} | "
               f"{'' if target is None else f'{target:.2f}'} |")

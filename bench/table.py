@@ -36,10 +36,12 @@ def derived(rows):
 def main():
     if len(sys.argv) < 3:
         sys.exit(__doc__)
-    rows = []
+    rows, about = [], {}
     for path in sys.argv[2:]:
         with open(path, encoding="utf-8") as file:
-            rows += json.load(file)["rows"]
+            part = json.load(file)
+        rows += part.pop("rows")
+        about.update(part)
     rows += derived(rows)
     print(f"\n{'work':<44} {'ours, us':>12} {'peer, us':>12}  {'peer':<20} {'ratio':>6} {'target':>7}")
     for row in rows:
@@ -49,7 +51,7 @@ def main():
         print(f"{row['work']:<44} {times[0]} {times[1]}  {row['peer']:<20} "
               f"{row['ratio']:6.2f} {target}{missed}")
     with open(sys.argv[1], "w", encoding="utf-8") as file:
-        json.dump({"rows": rows}, file, indent=1)
+        json.dump({**about, "rows": rows}, file, indent=1)
 
 
 if __name__ == "__main__":

@@ -29,7 +29,7 @@ namespace {
 using std::size_t;
 
 /// Below this many bytes a block goes through its passes whole, rather than part after part.
-constexpr size_t near_cache = 65536;
+constexpr size_t near_cache = 32768;
 
 // --- Vectors -----------------------------------------------------------------------------------
 
