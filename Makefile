@@ -6,6 +6,7 @@ DEMO_DIR = demo
 
 BUILD_PACKAGES = g++ cmake ninja-build libgdal-dev libcli11-dev nlohmann-json3-dev
 TEST_PACKAGES = $(BUILD_PACKAGES) libgtest-dev libgmock-dev pkgconf python3
+PACKAGE_PACKAGES = $(DOCS_PACKAGES) dpkg-dev file gzip lintian
 DOCS_PACKAGES = $(BUILD_PACKAGES) python3 doxygen doxygen-awesome-css
 LINT_PACKAGES = $(TEST_PACKAGES) clang clang-format clang-tidy
 BENCH_PACKAGES = $(BUILD_PACKAGES) libbenchmark-dev libfftw3-dev libopenblas-dev \
@@ -14,7 +15,7 @@ BENCH_PACKAGES = $(BUILD_PACKAGES) libbenchmark-dev libfftw3-dev libopenblas-dev
 # How many processes a build and a test run may use.
 JOBS = $$(nproc 2>/dev/null || echo 2)
 
-.PHONY: help demo test bench lint docs install clean
+.PHONY: help demo test bench lint docs package install clean
 
 help:
 	@echo 'make demo                simulate a radar scene, multilook it, show its spectrum'
@@ -24,6 +25,7 @@ help:
 	@echo '                         (one table of ratios; JSON in build/bench)'
 	@echo 'make lint                check the format of the sources and run clang-tidy'
 	@echo 'make docs                write the site of documents and reference, build/docs/docs/site'
+	@echo 'make package             build Debian packages, build/package/*.deb'
 	@echo 'make install PREFIX=dir  install libraries, headers and the tool (default /usr/local)'
 	@echo 'make clean               remove the build folders and what the demo wrote'
 
@@ -70,6 +72,16 @@ docs:
 	  -DSARNUM_BUILD_TOOLS=ON -DSARNUM_BUILD_EXAMPLES=ON --log-level=WARNING >/dev/null
 	cmake --build build/docs --parallel "$(JOBS)" --target docs
 	@echo 'The site is build/docs/docs/site/index.html'
+
+package:
+	@sh cmake/install_packages.sh $(PACKAGE_PACKAGES)
+	@cmake -S . -B build/package -G Ninja -DCMAKE_BUILD_TYPE=Release -DCMAKE_INSTALL_PREFIX=/usr \
+	  -DCMAKE_SKIP_INSTALL_RPATH=ON -DCMAKE_INSTALL_DOCDIR=share/doc/sarnum-doc \
+	  -DSARNUM_BUILD_TOOLS=ON -DSARNUM_BUILD_EXAMPLES=ON --log-level=WARNING >/dev/null
+	cmake --build build/package --parallel "$(JOBS)" --target all docs
+	cd build/package && rm -f *.deb && cpack >cpack.log || { cat cpack.log; exit 1; }
+	lintian --fail-on error build/package/*.deb
+	@ls build/package/*.deb
 
 install:
 	@sh cmake/install_packages.sh $(BUILD_PACKAGES)
