@@ -15,7 +15,7 @@ BENCH_PACKAGES = $(BUILD_PACKAGES) libbenchmark-dev libfftw3-dev libopenblas-dev
 # How many processes a build and a test run may use.
 JOBS = $$(nproc 2>/dev/null || echo 2)
 
-.PHONY: help demo test bench lint docs package install clean
+.PHONY: help demo test bench lint docs package test-package install clean
 
 help:
 	@echo 'make demo                simulate a radar scene, multilook it, show its spectrum'
@@ -26,6 +26,7 @@ help:
 	@echo 'make lint                check the format of the sources and run clang-tidy'
 	@echo 'make docs                write the site of documents and reference, build/docs/docs/site'
 	@echo 'make package             build Debian packages, build/package/*.deb'
+	@echo 'make test-package        install, use and remove them in a clean system (as root)'
 	@echo 'make install PREFIX=dir  install libraries, headers and the tool (default /usr/local)'
 	@echo 'make clean               remove the build folders and what the demo wrote'
 
@@ -82,6 +83,11 @@ package:
 	cd build/package && rm -f *.deb && cpack >cpack.log || { cat cpack.log; exit 1; }
 	lintian --fail-on error build/package/*.deb
 	@ls build/package/*.deb
+
+# As root: a whole system is set up for it, in a folder.
+test-package: package
+	@sh cmake/install_packages.sh debootstrap
+	sh tests/package/clean_root.sh build/package '$(CURDIR)/build/clean_root' README.md
 
 install:
 	@sh cmake/install_packages.sh $(BUILD_PACKAGES)
