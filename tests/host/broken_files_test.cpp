@@ -1,8 +1,5 @@
 // Raster layers on files that are missing, foreign, short or cannot be written: each is refused
 // or filled with NaN, and a line that names the file says so.
-#include <sys/resource.h>
-
-#include <csignal>
 #include <fstream>
 
 #include "raster_files.h"
@@ -69,25 +66,6 @@ TEST_F(LayerTest, ShortRawFileIsRefusedAndACompleteOneAccepted) {
       shorten(path, bytes);
       EXPECT_EQ(open(layer_, path), 0) << driver << ' ' << interleave;
       EXPECT_EQ(failure(), "cannot open " + path + ": the file is shorter than its header says");
-    }
-  }
-}
-
-TEST_F(LayerTest, FullDiskIsNeverTakenForSuccess) {
-  std::signal(SIGXFSZ, SIG_IGN);
-  rlimit former{};
-  getrlimit(RLIMIT_FSIZE, &former);
-  for (const char* const option : {"TILED=NO", "COMPRESS=DEFLATE", "TILED=YES"}) {
-    for (const rlim_t bytes : {100u, 500u, 2000u}) {
-      ASSERT_NE(create(layer_, path_, 64, 96, {option}), 0);
-      for (int i = 0; i < 96; ++i) {
-        layer_.WriteRow(noise(64, i).data(), 0, i, 64, 1);
-      }
-      const rlimit full{bytes, former.rlim_max};
-      setrlimit(RLIMIT_FSIZE, &full);
-      layer_.Close();
-      setrlimit(RLIMIT_FSIZE, &former);
-      EXPECT_THAT(failure(), StartsWith("cannot write " + path_ + ": ")) << option << bytes;
     }
   }
 }

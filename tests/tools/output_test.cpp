@@ -91,23 +91,6 @@ TEST_F(ToolTest, WritesThroughALinkAndNothingBesideTheInput) {
   EXPECT_EQ(bytes("in.tif"), before);
 }
 
-TEST_F(ToolTest, AFailingWriteLeavesTheOldFile) {
-  make("in.tif", 300, 200, GDT_Float32, texture);
-  put_bytes("out.tif", "old");
-  put_bytes("out.png", "old");
-  for (const std::string& command : commands) {
-    for (const auto& [options, blocks] : {std::pair{"-q", "17"},
-                                          {"-q --co COMPRESS=DEFLATE", "5"},
-                                          {"-q --picture out.png", "1"}}) {
-      const ToolRun finished = run(command + options, std::string("ulimit -f ") + blocks + " &&");
-      EXPECT_EQ(finished.status, 1);
-      EXPECT_THAT(finished.err, MatchesRegex("sarnum: error: [^\n]*out[^\n]+\n"));
-      EXPECT_EQ(bytes("out.tif") + bytes("out.png"), "oldold");
-      EXPECT_THAT(names(), ElementsAre("in.tif", "out.png", "out.tif"));
-    }
-  }
-}
-
 TEST_F(ToolTest, AnInterruptedRunLeavesNothingBehind) {
   // A run of about a second, interfered with once it has made its temporary files, which come
   // first in the folder: .sarnum-PID-NUMBER.tmp

@@ -138,6 +138,5 @@ class ToolTest : public ::testing::Test, protected TemporaryFolder {
     return report;
   }
 
- private:
   TemporaryFolder streams_;
 };

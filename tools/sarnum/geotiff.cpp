@@ -2,6 +2,7 @@
 
 #include <cpl_conv.h>
 #include <cpl_string.h>
+#include <unistd.h>
 
 #include <cstddef>
 
@@ -97,8 +98,20 @@ void write_rows(GDALDataset& dataset, const OutputFile& output, int first, int c
 
 void close_written(GDALDatasetUniquePtr dataset, const OutputFile& output) {
   forget_gdal_messages();
-  dataset.reset();
-  if (!gdal_failure().empty()) {
+  // Step by step: none that writes may follow one that failed (see fail_to_write).
+  GDALRasterBand& band = *dataset->GetRasterBand(1);
+  band.FlushCache();
+  if (gdal_failure().empty()) {
+    dataset->FlushCache();
+  }
+  // A close moves about in the file without checking that the C library could write what it holds
+  // for the former place; a read checks it.
+  double sample = 0;
+  if (gdal_failure().empty() && band.RasterIO(GF_Read, 0, band.GetYSize() - 1, 1, 1, &sample, 1, 1,
+                                              GDT_Float64, 0, 0, nullptr) == CE_None) {
+    dataset.reset();
+  }
+  if (dataset != nullptr || !gdal_failure().empty()) {
     fail_to_write(output, gdal_failure());
   }
 }
@@ -123,6 +136,9 @@ void check_written(const OutputFile& output, int width, int height, GDALDataType
 }
 
 void fail_to_write(const OutputFile& output, const std::string& why) {
+  // The file may be open still. At its close libtiff would follow links between directories that
+  // were never written, for ever if pixels happen to lie there; in an empty file it finds none.
+  [[maybe_unused]] const int emptied = truncate(output.temporary().c_str(), 0);
   throw Failure("cannot write " + in_quotes(output.name()) +
                 (why.empty() ? "" : ": " + replaced(why, output.temporary(), output.name())));
 }

@@ -73,7 +73,8 @@ class SARNUM_HOST_API CFileLayer {
   int ShiftBlock(int rows, int d);
 
   /// Finishes and closes the file: what was written to a created file is then complete on
-  /// disk. Closing a layer that is not open does nothing.
+  /// disk. A created file that could not take all of it is removed. Closing a layer that is not
+  /// open does nothing.
   void Close();
 
  private:

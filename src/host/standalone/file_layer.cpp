@@ -212,6 +212,7 @@ class CFileLayer::Raster {
   void load_row(int row);
   void release_blocks(std::int64_t begin_row, std::int64_t end_row);
   void trim_cache(int rows);
+  bool finish();
   void close() noexcept;
 
   std::string path_;
@@ -236,6 +237,8 @@ class CFileLayer::Raster {
   int unreadable_block_row_ = -1;
   /// Writing: the row of blocks that the last written row lies in.
   int written_block_row_ = -1;
+  /// Writing: the file misses something that could not be stored.
+  bool is_broken_ = false;
 };
 
 std::unique_ptr<CFileLayer::Raster> CFileLayer::Raster::open(const char* path) {
@@ -422,6 +425,7 @@ bool CFileLayer::Raster::write(void* data, int column, int row, int count) {
   written_block_row_ = block_row;
   const bool stored = status == CE_None && !scope.failed();
   if (!stored) {
+    is_broken_ = true;
     remember_raster_failure(write_action, path_, scope.reason());
   }
   return stored;
@@ -472,24 +476,54 @@ void CFileLayer::Raster::trim_cache(int rows) {
   }
 }
 
+/// Writes what GDAL still holds and closes the file. Nothing more is written after a failure:
+/// libtiff would follow links between directories that were never written, for ever if samples
+/// happen to lie there. In an empty file it finds none.
+bool CFileLayer::Raster::finish() {
+  const GdalScope scope;
+  if (writable_ && !is_broken_) {
+    GDALRasterBand& band = *dataset_->GetRasterBand(1);
+    band.FlushCache(false);
+    if (!scope.failed()) {
+      dataset_->FlushCache(false);
+    }
+    // A close moves about in the file without checking that the C library could write what it
+    // holds for the former place; a read checks it.
+    float sample = 0.0F;
+    const int row = std::max(written_block_row_, 0) * block_height_;
+    is_broken_ = scope.failed() || band.RasterIO(GF_Read, 0, row, 1, 1, &sample, 1, 1, GDT_Float32,
+                                                 0, 0, nullptr) != CE_None;
+  }
+  if (is_broken_) {
+    if (VSILFILE* const file = VSIFOpenL(path_.c_str(), "wb")) {
+      VSIFCloseL(file);
+    }
+  }
+  GDALDatasetH const handle = GDALDataset::ToHandle(dataset_.release());
+#if GDAL_VERSION_NUM >= GDAL_COMPUTE_VERSION(3, 7, 0)
+  const bool closed = GDALClose(handle) == CE_None && !scope.failed();
+#else
+  GDALClose(handle);
+  const bool closed = !scope.failed();
+#endif
+  if (!closed) {
+    remember_raster_failure(writable_ ? write_action : "cannot close", path_, scope.reason());
+  }
+  return closed && !is_broken_;
+}
+
 void CFileLayer::Raster::close() noexcept {
   if (dataset_ == nullptr) {
     return;
   }
+  bool finished = false;
   try {
-    const GdalScope scope;
-    GDALDatasetH const handle = GDALDataset::ToHandle(dataset_.release());
-#if GDAL_VERSION_NUM >= GDAL_COMPUTE_VERSION(3, 7, 0)
-    const bool closed = GDALClose(handle) == CE_None && !scope.failed();
-#else
-    GDALClose(handle);
-    const bool closed = !scope.failed();
-#endif
-    if (!closed) {
-      remember_raster_failure(writable_ ? write_action : "cannot close", path_, scope.reason());
-    }
+    finished = finish();
   } catch (const std::exception&) {
     remember_raster_failure(writable_ ? write_action : "cannot close", path_, "out of memory");
+  }
+  if (writable_ && !finished) {
+    VSIUnlink(path_.c_str());
   }
 }
 
