@@ -10,23 +10,27 @@
 namespace sarnum::tool {
 namespace {
 
+const OGRSpatialReference* reference_of(const Description& description) {
+  return description.reference ? &*description.reference : description.control_points.reference();
+}
+
 std::string name_of(const OGRSpatialReference& reference) {
   const char* const name = reference.GetName();
+  return name != nullptr ? name : "unnamed coordinate system";
+}
+
+/// "EPSG:32631", or empty.
+std::string code_of(const OGRSpatialReference& reference) {
   const char* const authority = reference.GetAuthorityName(nullptr);
   const char* const code = reference.GetAuthorityCode(nullptr);
-  std::string text = name != nullptr ? name : "unnamed coordinate system";
-  if (authority != nullptr && code != nullptr) {
-    text.append(" (").append(authority).append(":").append(code).append(")");
-  }
-  return text;
+  return authority != nullptr && code != nullptr ? std::string(authority) + ":" + code : "";
 }
 
 std::string georeferencing(const Description& description) {
   std::vector<std::string> parts;
-  if (description.reference) {
-    parts.push_back(name_of(*description.reference));
-  } else if (description.control_points.reference() != nullptr) {
-    parts.push_back(name_of(*description.control_points.reference()));
+  if (const OGRSpatialReference* const reference = reference_of(description)) {
+    const std::string code = code_of(*reference);
+    parts.push_back(name_of(*reference) + (code.empty() ? "" : " (" + code + ")"));
   }
   if (description.geotransform) {
     const auto& t = *description.geotransform;
@@ -52,6 +56,7 @@ std::string georeferencing(const Description& description) {
 struct Reading {
   Quantity quantity;
   std::string words;
+  bool is_guessed = false;
 };
 
 /// What the samples are, and how that is known.
@@ -71,31 +76,19 @@ Reading reading_of(const RasterInput& input, std::optional<Quantity> told) {
   if (item != nullptr && EQUAL(item, quantity_amplitude)) {
     return {Quantity::amplitude, "amplitude, squared"};
   }
+  if (item != nullptr && EQUAL(item, quantity_decibel)) {
+    return {Quantity::decibel, "decibel, converted to intensity"};
+  }
   if (const std::string sign = input.sign_of_decibels(); !sign.empty()) {
-    return {Quantity::decibel, "taken as decibel since " + sign};
+    return {Quantity::decibel, "taken as decibel since " + sign, true};
   }
-  return {Quantity::intensity, "taken as intensity; else give --amplitude or --decibel"};
+  return {Quantity::intensity, "taken as intensity; else give --amplitude or --decibel", true};
 }
 
-std::string looks(const RasterInput& input, std::optional<Quantity> told) {
-  const Reading reading = reading_of(input, told);
-  const auto result = equivalent_looks(input, reading.quantity);
-  if (!result) {
-    return "not enough homogeneous blocks (" + reading.words + ")";
-  }
-  return CPLString().Printf("%.*f (%s; median of %d blocks of %d x %d)",
-                            result->looks < 100 ? 2 : 0, result->looks, reading.words.c_str(),
-                            result->blocks, result->block_size, result->block_size);
-}
-
-}  // namespace
-
-void run_info(const InfoArguments& arguments) {
-  const RasterInput input(arguments.input);
-  const Description description(input);
-  const GDALDriver& driver = *input.dataset().GetDriver();
-  const char* const long_name = const_cast<GDALDriver&>(driver).GetMetadataItem(GDAL_DMD_LONGNAME);
-
+std::string text(const RasterInput& input, const Description& description, const Reading& reading,
+                 const std::optional<EquivalentLooks>& looks) {
+  GDALDriver& driver = *input.dataset().GetDriver();
+  const char* const long_name = driver.GetMetadataItem(GDAL_DMD_LONGNAME);
   Report report;
   report.line("File", input.path());
   report.line("Driver", std::string(driver.GetDescription()) +
@@ -104,8 +97,54 @@ void run_info(const InfoArguments& arguments) {
   report.line("Georeferencing", georeferencing(description));
   report.line("Nodata", description.nodata ? number(*description.nodata) : "none");
   report.line("Unit", description.unit.empty() ? "none" : description.unit);
-  report.line("Equivalent looks", looks(input, arguments.quantity));
-  print(report.text());
+  report.line(
+      "Equivalent looks",
+      looks ? CPLString().Printf("%.*f (%s; median of %d blocks of %d x %d)",
+                                 looks->looks < 100 ? 2 : 0, looks->looks, reading.words.c_str(),
+                                 looks->blocks, looks->block_size, looks->block_size)
+            : "not enough homogeneous blocks (" + reading.words + ")");
+  return report.text();
+}
+
+std::string json(const RasterInput& input, const Description& description, const Reading& reading,
+                 const std::optional<EquivalentLooks>& looks) {
+  const auto text_or_null = [](const std::string& value) {
+    return value.empty() ? Json() : Json(value);
+  };
+  const OGRSpatialReference* const reference = reference_of(description);
+  return text_of({
+      {"file", input.path()},
+      {"driver", input.dataset().GetDriver()->GetDescription()},
+      {"bands", input.dataset().GetRasterCount()},
+      {"width", input.width()},
+      {"height", input.height()},
+      {"pixel_type", input.type().name},
+      {"coordinate_system", reference != nullptr ? Json(name_of(*reference)) : Json()},
+      {"authority_code", reference != nullptr ? text_or_null(code_of(*reference)) : Json()},
+      {"geotransform", description.geotransform ? Json(*description.geotransform) : Json()},
+      {"ground_control_points", description.control_points.count()},
+      {"rational_model", description.rational_model.Count() > 0},
+      {"nodata", json_number(description.nodata)},
+      {"unit", text_or_null(description.unit)},
+      {"equivalent_looks", looks ? json_number(looks->looks) : Json()},
+      {"quantity", reading.quantity == Quantity::amplitude ? quantity_amplitude
+                   : reading.quantity == Quantity::decibel ? quantity_decibel
+                                                           : quantity_intensity},
+      {"quantity_is_guessed", reading.is_guessed},
+      {"blocks", looks ? looks->blocks : 0},
+      {"block_size", looks ? Json(looks->block_size) : Json()},
+  });
+}
+
+}  // namespace
+
+void run_info(const InfoArguments& arguments) {
+  const RasterInput input(arguments.input);
+  const Description description(input);
+  const Reading reading = reading_of(input, arguments.quantity);
+  const auto looks = equivalent_looks(input, reading.quantity);
+  print(arguments.json ? json(input, description, reading, looks)
+                       : text(input, description, reading, looks));
 }
 
 }  // namespace sarnum::tool

@@ -1,10 +1,8 @@
 // sarnum stats: extremes with their positions, mean and standard deviation of the first band.
 #include <sarnum/sarnum.h>
 #include <unistd.h>
-#include <nlohmann/json.hpp>
 
 #include <algorithm>
-#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <limits>
@@ -82,23 +80,6 @@ const char* quantity_of(const RasterInput& input) {
   return input.type().is_complex() ? "amplitude" : "value";
 }
 
-using Json = nlohmann::ordered_json;
-
-/// For what JSON lacks, the strings "Infinity", "-Infinity" and "NaN", which conversions to a
-/// number understand; null for no number.
-Json json_number(std::optional<double> value) {
-  if (!value) {
-    return nullptr;
-  }
-  if (std::isnan(*value)) {
-    return "NaN";
-  }
-  if (std::isinf(*value)) {
-    return *value > 0 ? "Infinity" : "-Infinity";
-  }
-  return *value;
-}
-
 std::string json(const RasterInput& input, const RunningStatistics& statistics) {
   const auto extreme = [&](const std::optional<RunningStatistics::Extreme>& found) {
     return found ? Json{{"value", json_number(found->value)},
@@ -122,8 +103,7 @@ std::string json(const RasterInput& input, const RunningStatistics& statistics) 
       {"mean", json_number(statistics.mean())},
       {"standard_deviation", json_number(statistics.standard_deviation())},
   };
-  // A file's name may be no UTF-8, which JSON must be: bytes that are not are replaced.
-  return object.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+  return text_of(object);
 }
 
 std::string text(const RasterInput& input, const RunningStatistics& statistics) {

@@ -22,7 +22,14 @@ struct ConversionArguments {
 };
 
 struct MultilookArguments : ConversionArguments {
-  std::string looks;
+  std::string looks;   ///< ACROSSxDOWN, or with square their number in all; empty: not given
+  std::string nodata;  ///< skip, average, or empty: not given
+  bool from_decibel = false;
+  bool to_decibel = false;
+  bool square = false;
+  std::string spacing;  ///< RANGExAZIMUTH, or empty
+  std::optional<double> incidence;
+  bool quiet = false;
 };
 
 struct DetectArguments : ConversionArguments {
@@ -38,6 +45,7 @@ struct SpectrumArguments : ConversionArguments {
 struct InfoArguments {
   std::string input;
   std::optional<Quantity> quantity;  ///< what a real raster holds, when the user tells
+  bool json = false;
 };
 
 struct StatsArguments {

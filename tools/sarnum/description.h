@@ -22,6 +22,7 @@ class RasterInput;
 inline constexpr const char* quantity_item = "SARNUM_QUANTITY";
 inline constexpr const char* quantity_intensity = "intensity";
 inline constexpr const char* quantity_amplitude = "amplitude";
+inline constexpr const char* quantity_decibel = "decibel";
 
 /// Ground control points with the strings they own.
 class ControlPoints {

@@ -72,13 +72,34 @@ void add_progress_options(CLI::App& command, Arguments& arguments) {
       ->excludes(quiet);
 }
 
+/// Other programs take "-" for a standard stream: here it would be a file of that name.
+std::string refuse_dash_as_input(const std::string& name) {
+  return name == "-"
+             ? "'-' is no file; for the standard input give /vsistdin/, for a file of that name ./-"
+             : "";
+}
+
+std::string refuse_dash_as_output(const std::string& name) {
+  return name == "-" ? "'-' is no file, and the standard output takes none; name a file" : "";
+}
+
+void add_input(CLI::App& command, const char* name, std::string& input) {
+  command.add_option(name, input, "Raster to read: any that GDAL opens; band 1 is used")
+      ->required()
+      ->check(refuse_dash_as_input);
+}
+
+void add_json(CLI::App& command, bool& json) {
+  command.add_flag("--json", json, "One JSON object instead of text");
+}
+
 CLI::App& add_conversion(CLI::App& app, const char* name, const char* description,
                          ConversionArguments& conversion, Arguments& arguments) {
   CLI::App& command = *app.add_subcommand(name, description);
-  command
-      .add_option("INPUT", conversion.input, "Raster to read: any that GDAL opens; band 1 is used")
-      ->required();
-  command.add_option("OUTPUT", conversion.output, "GeoTIFF to write")->required();
+  add_input(command, "INPUT", conversion.input);
+  command.add_option("OUTPUT", conversion.output, "GeoTIFF to write")
+      ->required()
+      ->check(refuse_dash_as_output);
   command.add_flag("--overwrite", conversion.overwrite, "Replace existing output files");
   command
       .add_option("--co", conversion.creation_options,
@@ -88,7 +109,8 @@ CLI::App& add_conversion(CLI::App& app, const char* name, const char* descriptio
   command
       .add_option("--picture", conversion.picture,
                   "Also write a grey quick look of at most 2048 pixels a side")
-      ->type_name("FILE.png");
+      ->type_name("FILE.png")
+      ->check(refuse_dash_as_output);
   add_progress_options(command, arguments);
   return command;
 }
@@ -96,14 +118,43 @@ CLI::App& add_conversion(CLI::App& app, const char* name, const char* descriptio
 void add_multilook(CLI::App& app, Arguments& arguments) {
   CLI::App& command = add_conversion(app, "multilook", "Average looks: less speckle, fewer pixels",
                                      arguments.multilook, arguments);
+  MultilookArguments& multilook = arguments.multilook;
   command
-      .add_option("--looks", arguments.multilook.looks,
-                  "Samples averaged into one: columns x rows (at most 36 rows)")
-      ->type_name("ACROSSxDOWN")
-      ->required();
+      .add_option("--looks", multilook.looks,
+                  "Samples averaged into one: columns x rows (at most 36), or N with --square")
+      ->type_name("ACROSSxDOWN");
+  CLI::Option* const square = command.add_flag("--square", multilook.square,
+                                               "Choose looks whose pixel is square on the ground");
+  command
+      .add_option("--spacing", multilook.spacing, "Pixel spacing of an INPUT that does not tell it")
+      ->type_name("RANGExAZIMUTH")
+      ->needs(square);
+  command
+      .add_option("--incidence", multilook.incidence,
+                  "Incidence angle, where the range spacing is in slant range")
+      ->type_name("DEGREES")
+      ->needs(square);
+  command
+      .add_option("--nodata", multilook.nodata,
+                  "Leave nodata out, or average it like all others (the default)")
+      ->type_name("skip|average")
+      ->check(CLI::IsMember({"skip", "average"}).description(""));
+  command.add_flag("--from-db", multilook.from_decibel,
+                   "INPUT holds decibels: average the power 10^(x/10)");
+  command.add_flag("--to-db", multilook.to_decibel, "Write the means as decibels, 10 log10");
   command.footer(
-      "Averages intensity or amplitude; detect complex images first. Georeferencing follows.\n"
-      "Example:\n  sarnum multilook intensity.tif looks.tif --looks 4x4 --picture looks.png");
+      "Averages intensity or amplitude; detect complex images first. Georeferencing follows, and\n"
+      "metadata items tell looks and source.\n\n"
+      "--square takes the spacing from the geotransform, or from the items of range and azimuth\n"
+      "spacing of a radar product. Range runs across the image. It takes the fewest looks whose\n"
+      "pixel has sides equal within 5 %; with --looks N the most looks up to N, their columns\n"
+      "those that come nearest to a square. What it has chosen it prints.\n\n"
+      "With --nodata skip a pixel without any valid sample, and with --to-db one whose mean is\n"
+      "zero or less, becomes nodata, which is NaN then. NaN samples count as nodata. Scale and\n"
+      "offset of the band are applied where decibels are made or undone.\n\n"
+      "Examples:\n  sarnum multilook intensity.tif looks.tif --looks 4x4 --picture looks.png\n"
+      "  sarnum multilook intensity.tif square.tif --square --spacing 2.3x14.1 --incidence 39\n"
+      "  sarnum multilook sigma0_db.tif mean_db.tif --looks 3x3 --nodata skip --from-db --to-db");
 }
 
 void add_detect(CLI::App& app, Arguments& arguments) {
@@ -138,8 +189,8 @@ void add_spectrum(CLI::App& app, Arguments& arguments) {
 
 void add_info(CLI::App& app, Arguments& arguments) {
   CLI::App& command = *app.add_subcommand("info", "What a raster is, and its equivalent looks");
-  command.add_option("FILE", arguments.info.input, "Raster to read: any that GDAL opens")
-      ->required();
+  add_input(command, "FILE", arguments.info.input);
+  add_json(command, arguments.info.json);
   command.add_flag("-q,--quiet", arguments.quiet, "No warnings");
   CLI::Option_group& reading =
       *command.add_option_group("Reading", "What a real raster holds, for the equivalent looks");
@@ -151,26 +202,23 @@ void add_info(CLI::App& app, Arguments& arguments) {
   add("--amplitude", Quantity::amplitude, "Amplitude");
   add("--decibel", Quantity::decibel, "Decibel of intensity");
   reading.require_option(0, 1);
-  command.footer("Example:\n  sarnum info looks.tif");
+  command.footer(
+      "Without them, metadata and the values themselves tell what the samples seem to be.\n"
+      "Examples:\n  sarnum info looks.tif\n  sarnum info --json looks.tif");
 }
 
 void add_stats(CLI::App& app, Arguments& arguments) {
   CLI::App& command = *app.add_subcommand("stats", "Extremes with positions, mean, deviation");
-  command
-      .add_option("FILE", arguments.stats.input,
-                  "Raster to read: any that GDAL opens; band 1 is used")
-      ->required();
-  command.add_flag("--json", arguments.stats.json, "One JSON object instead of text");
+  add_input(command, "FILE", arguments.stats.input);
+  add_json(command, arguments.stats.json);
   add_progress_options(command, arguments);
   command.footer(
-      "Of the values of a real raster as they are stored (scale and offset are not applied), of "
-      "the\n"
-      "amplitudes |z| of a complex one. Nodata and NaN are left out and counted; infinities are\n"
-      "valid and extremes, but left out of mean and standard deviation (which is that of the\n"
-      "population: divided by the number of samples). Positions are those of the first such "
-      "sample\n"
-      "in row order, counted from 0. In JSON, a figure without samples is null, infinity the\n"
-      "string \"Infinity\" or \"-Infinity\", and a nodata value of NaN the string \"NaN\".\n"
+      "Of the values of a real raster as they are stored (scale and offset are not applied), of\n"
+      "the amplitudes |z| of a complex one. Nodata and NaN are left out and counted; infinities\n"
+      "are valid and extremes, but left out of mean and standard deviation (which is that of the\n"
+      "population: divided by the number of samples). Positions are those of the first such\n"
+      "sample in row order, counted from 0. In JSON, a figure without samples is null, infinity\n"
+      "the string \"Infinity\" or \"-Infinity\", and a nodata value of NaN the string \"NaN\".\n"
       "Example:\n  sarnum stats slc.tif --json");
 }
 
@@ -180,6 +228,7 @@ void run(const CLI::App& app, Arguments& arguments) {
   }
   const bool progress = arguments.progress || (!arguments.quiet && isatty(STDERR_FILENO) == 1);
   arguments.multilook.show_progress = progress;
+  arguments.multilook.quiet = arguments.quiet;
   arguments.detect.show_progress = progress;
   arguments.spectrum.show_progress = progress;
   arguments.stats.show_progress = progress;
@@ -209,7 +258,8 @@ int parse_and_run(int argc, char** argv) {
   add_stats(app, arguments);
   app.footer(
       "sarnum COMMAND --help tells more. Exit status: 0 done, 1 a file or the work failed,\n"
-      "2 the arguments are at fault.");
+      "2 the arguments are at fault, 130 interrupted by Ctrl-C.\n"
+      "Example:\n  sarnum info slc.tif");
   const auto is_asked_for = [argv](const CLI::App* command) {
     return command->check_name(argv[1]);
   };
@@ -228,6 +278,10 @@ int parse_and_run(int argc, char** argv) {
   }
   // Reading a .gz file would leave a note on its contents beside it.
   CPLSetConfigOption("CPL_VSIL_GZIP_WRITE_PROPERTIES", "NO");
+  // Rasters are read in any order, and some by two readers: the standard input is held whole.
+  if (CPLGetConfigOption("CPL_VSISTDIN_BUFFER_LIMIT", nullptr) == nullptr) {
+    CPLSetConfigOption("CPL_VSISTDIN_BUFFER_LIMIT", "-1");
+  }
   GDALAllRegister();
   run(app, arguments);
   show_warnings();

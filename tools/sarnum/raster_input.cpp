@@ -337,6 +337,12 @@ int RasterInput::rows_in_a_block() const {
   return std::clamp(pixels_in_a_block / width(), 1, height());
 }
 
+bool is_label_of_decibels(const std::string& label) {
+  const std::string text = CPLString(label).tolower();
+  return text == "db" || text.find("decibel") != std::string::npos || text.ends_with("_db") ||
+         text.ends_with(" db") || text.ends_with("[db]") || text.ends_with("(db)");
+}
+
 std::string RasterInput::sign_of_decibels() const {
   if (type_.is_complex()) {
     return "";
@@ -345,9 +351,7 @@ std::string RasterInput::sign_of_decibels() const {
     if (word == nullptr) {
       continue;
     }
-    const std::string text = CPLString(word).tolower();
-    if (text == "db" || text.find("decibel") != std::string::npos || text.ends_with("_db") ||
-        text.ends_with(" db") || text.ends_with("[db]") || text.ends_with("(db)")) {
+    if (is_label_of_decibels(word)) {
       return "it is labelled " + in_quotes(word);
     }
   }

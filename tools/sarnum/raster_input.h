@@ -56,6 +56,9 @@ class RasterInput {
   std::vector<std::string> files_;
 };
 
+/// Whether a unit or the name of a band says decibels.
+bool is_label_of_decibels(const std::string& label);
+
 }  // namespace sarnum::tool
 
 #endif

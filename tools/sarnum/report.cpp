@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cmath>
 #include <cstddef>
 #include <iostream>
 
@@ -44,6 +45,23 @@ std::string number(double value) {
 std::string exact_number(double value) {
   std::array<char, 32> digits{};
   return {digits.data(), std::to_chars(digits.data(), digits.data() + digits.size(), value).ptr};
+}
+
+Json json_number(std::optional<double> value) {
+  if (!value) {
+    return nullptr;
+  }
+  if (std::isnan(*value)) {
+    return "NaN";
+  }
+  if (std::isinf(*value)) {
+    return *value > 0 ? "Infinity" : "-Infinity";
+  }
+  return *value;
+}
+
+std::string text_of(const Json& object) {
+  return object.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 
 void print(std::string_view text) {

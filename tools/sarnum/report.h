@@ -2,6 +2,9 @@
 #ifndef SARNUM_TOOL_REPORT_H
 #define SARNUM_TOOL_REPORT_H
 
+#include <nlohmann/json.hpp>
+
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -30,6 +33,17 @@ class Report {
 /// as tell them from their neighbours.
 std::string number(double value);
 std::string exact_number(double value);
+
+/// For programs: an object whose fields stand in the order in which they are given.
+using Json = nlohmann::ordered_json;
+
+/// For what JSON lacks, the strings "Infinity", "-Infinity" and "NaN", which conversions to a
+/// number understand; null for no number.
+Json json_number(std::optional<double> value);
+
+/// As it is printed. A file's name may be no UTF-8, which JSON must be: bytes that are not are
+/// replaced.
+std::string text_of(const Json& object);
 
 /// Throws a Failure when the standard output does not take the text.
 void print(std::string_view text);

@@ -1,0 +1,190 @@
+#include "looks.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <numbers>
+#include <string_view>
+
+#include "description.h"
+#include "messages.h"
+#include "report.h"
+
+namespace sarnum::tool {
+namespace {
+
+constexpr int most_looks_down = 36;
+
+/// A whole number of looks, all of the text.
+int parse_count(const std::string& argument, std::string_view digits, const char* form) {
+  const auto fail = [&argument](const std::string& why) {
+    throw UsageFailure("--looks " + in_quotes(argument) + ": " + why);
+  };
+  int value = 0;
+  const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
+  if (error == std::errc::result_out_of_range) {
+    fail("the number is too large");
+  }
+  if (error != std::errc{} || end != digits.data() + digits.size()) {
+    fail(std::string("give ") + form);
+  }
+  if (value < 1) {
+    fail("there is at least one look each way");
+  }
+  return value;
+}
+
+bool is_length(double value) {
+  return std::isfinite(value) && value > 0;
+}
+
+Spacing parse_spacing(const std::string& text) {
+  const std::size_t cross = text.find_first_of("xX");
+  Spacing spacing{};
+  const auto parse = [&text](std::size_t begin, std::size_t end, double& value) {
+    const char* const last = text.data() + end;
+    const auto result = std::from_chars(text.data() + begin, last, value);
+    return result.ec == std::errc{} && result.ptr == last && is_length(value);
+  };
+  if (cross == std::string::npos || !parse(0, cross, spacing.across) ||
+      !parse(cross + 1, text.size(), spacing.down)) {
+    throw UsageFailure("--spacing " + in_quotes(text) + ": give RANGExAZIMUTH, e.g. 2.3x14.1");
+  }
+  return spacing;
+}
+
+/// Pixel sides by the geotransform, those of a geographic one in metres at the image's middle.
+std::optional<Spacing> mapped_spacing(const RasterInput& input) {
+  const Description description(input);
+  if (!description.geotransform) {
+    return std::nullopt;
+  }
+  const auto& t = *description.geotransform;
+  double unit = 1;
+  double shrink = 1;
+  if (description.reference && description.reference->IsGeographic() != 0) {
+    constexpr double earth_radius = 6371008.8;
+    const double radians = description.reference->GetAngularUnits();
+    const double latitude = t[3] + t[4] * input.width() / 2 + t[5] * input.height() / 2;
+    unit = radians * earth_radius;
+    shrink = std::cos(latitude * radians);
+  }
+  return Spacing{unit * std::hypot(t[1] * shrink, t[4]), unit * std::hypot(t[2] * shrink, t[5])};
+}
+
+/// Spacing as the drivers of radar products note it.
+std::optional<Spacing> noted_spacing(const RasterInput& input) {
+  constexpr const char* items[][2] = {
+      {"PIXEL_SPACING", "LINE_SPACING"},
+      {"RANGE_SPACING", "AZIMUTH_SPACING"},
+      {"CEOS_PIXEL_SPACING_METERS", "CEOS_LINE_SPACING_METERS"},
+      {"SPH_RANGE_SPACING", "SPH_AZIMUTH_SPACING"},
+  };
+  for (const auto& [range, azimuth] : items) {
+    const char* const across = input.dataset().GetMetadataItem(range);
+    const char* const down = input.dataset().GetMetadataItem(azimuth);
+    if (across != nullptr && down != nullptr) {
+      return Spacing{CPLAtof(across), CPLAtof(down)};
+    }
+  }
+  return std::nullopt;
+}
+
+/// How far from a square a pixel is: 1 is one, 2 is twice as long as wide.
+double elongation(Spacing spacing, Looks looks) {
+  const double ratio = spacing.across * looks.across / (spacing.down * looks.down);
+  return std::max(ratio, 1 / ratio);
+}
+
+/// The columns that make the squarest pixel of so many rows.
+std::optional<Looks> squarest(Spacing spacing, int down) {
+  constexpr double most_across = 1 << 20;
+  const double exact = spacing.down * down / spacing.across;
+  if (!(exact < most_across)) {
+    return std::nullopt;
+  }
+  const Looks fewer{std::max(1, static_cast<int>(exact)), down};
+  const Looks more{fewer.across + 1, down};
+  return elongation(spacing, more) < elongation(spacing, fewer) ? more : fewer;
+}
+
+}  // namespace
+
+Looks parse_looks(const std::string& text) {
+  constexpr const char* form = "ACROSSxDOWN, e.g. 4x4";
+  const std::size_t cross = std::min(text.find_first_of("xX"), text.size());
+  const std::string_view rest = std::string_view(text).substr(cross);
+  const Looks looks{parse_count(text, std::string_view(text).substr(0, cross), form),
+                    parse_count(text, rest.substr(rest.empty() ? 0 : 1), form)};
+  if (looks.down > most_looks_down) {
+    throw UsageFailure("--looks " + in_quotes(text) + ": there are at most " +
+                       std::to_string(most_looks_down) + " looks down");
+  }
+  return looks;
+}
+
+int parse_most_looks(const std::string& text) {
+  return parse_count(text, text, "their number in all with --square, e.g. 16");
+}
+
+Spacing ground_spacing(const RasterInput& input, const std::string& told,
+                       std::optional<double> incidence) {
+  if (incidence && !(*incidence > 0 && *incidence <= 90)) {
+    throw UsageFailure("--incidence " + number(*incidence) + ": give degrees above 0, at most 90");
+  }
+  Spacing spacing{};
+  if (!told.empty()) {
+    spacing = parse_spacing(told);
+  } else if (const auto mapped = mapped_spacing(input)) {
+    if (incidence) {
+      throw UsageFailure(in_quotes(input.path()) +
+                         " has a geotransform, which is on the ground: leave out --incidence, or "
+                         "give --spacing too");
+    }
+    spacing = *mapped;
+  } else if (const auto noted = noted_spacing(input)) {
+    spacing = *noted;
+    if (!incidence) {
+      warn("the range spacing of " + in_quotes(input.path()) +
+           " is taken as that on the ground; if it is slant range give --incidence");
+    }
+  } else {
+    throw UsageFailure(in_quotes(input.path()) +
+                       " does not tell its pixel spacing; give --spacing RANGExAZIMUTH");
+  }
+  if (!is_length(spacing.across) || !is_length(spacing.down)) {
+    throw Failure(in_quotes(input.path()) + " has a pixel spacing of " + number(spacing.across) +
+                  " x " + number(spacing.down) + "; give --spacing RANGExAZIMUTH");
+  }
+  if (incidence) {
+    spacing.across /= std::sin(*incidence * std::numbers::pi / 180);
+  }
+  return spacing;
+}
+
+Looks square_looks(Spacing spacing, std::optional<int> most) {
+  constexpr double nearly_square = 1.05;
+  std::optional<Looks> chosen;
+  for (int down = 1; down <= most_looks_down; ++down) {
+    const auto looks = squarest(spacing, down);
+    if (!looks) {
+      break;
+    }
+    if (most) {
+      if (std::int64_t{looks->across} * down <= *most) {
+        chosen = looks;
+      }
+    } else if (elongation(spacing, *looks) <= nearly_square) {
+      return *looks;
+    }
+  }
+  if (!chosen) {
+    throw UsageFailure(
+        "pixels of " + number(spacing.across) + " x " + number(spacing.down) + " give no square " +
+        (most ? "of at most " + std::to_string(*most) + " looks; give more, or --looks ACROSSxDOWN"
+              : std::string("of at most 36 looks down; give --looks ACROSSxDOWN")));
+  }
+  return *chosen;
+}
+
+}  // namespace sarnum::tool
