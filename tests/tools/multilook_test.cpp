@@ -1,5 +1,7 @@
 // sarnum multilook: the values, and everything that must follow the pixels.
 #include <algorithm>
+#include <cmath>
+#include <limits>
 #include <utility>
 
 #include "tool_run.h"
@@ -19,6 +21,122 @@ TEST_F(ToolTest, MultilookAverages) {
     SCOPED_TRACE(looks);
     run_silently("multilook in.tif out.tif --overwrite --looks " + looks);
     expect_samples("out.tif", (36 + across) / across, (40 + down) / down, mean, 1e-3);
+  }
+}
+
+class MeansTest : public ToolTest {
+ protected:
+  /// Samples as expected but for some roundings of floats; NaN where expected.
+  void expect_means(const std::string& name, const SampleAt& expected) const {
+    Raster raster = read(name);
+    for (int i = 0; i < raster.width * raster.height; ++i) {
+      const int x = i % raster.width;
+      const int y = i / raster.width;
+      const double found = raster.at(x, y).real();
+      const double wanted = expected(x, y).real();
+      ASSERT_TRUE(std::isnan(wanted) ? std::isnan(found)
+                                     : std::abs(found - wanted) <= 4e-7 * std::abs(wanted))
+          << name << " at " << x << ", " << y << ": " << found << " for " << wanted;
+    }
+  }
+};
+
+constexpr double not_a_number = std::numeric_limits<double>::quiet_NaN();
+bool is_gap(int x, int y) {
+  return (x / 8 == 2 && y / 6 == 3) || (x * 7 + y * 13) % 5 == 0;
+}
+
+TEST_F(MeansTest, MultilookIsTheBlockAverageOfGdal) {
+  const auto brightness = [](int x, int y) { return 1 + (x ^ y) + 0.1 * x; };
+  make("whole.tif", 96, 72, GDT_Float32, brightness);
+  make("gaps.tif", 96, 72, GDT_Float32,
+       [&](int x, int y) { return is_gap(x, y) ? -1 : brightness(x, y); })
+      ->GetRasterBand(1)
+      ->SetNoDataValue(-1);
+  for (const auto& [name, option] : {std::pair{"whole.tif", ""}, {"gaps.tif", " --nodata skip"}}) {
+    const std::string gdal = std::string("average of ") + name;
+    GDALTranslateOptions* const options = GDALTranslateOptionsNew(
+        CPLStringList(CSLTokenizeString("-r average -outsize 12 12")).List(), nullptr);
+    GDALClose(GDALTranslate(file(gdal).c_str(), GDALDataset::ToHandle(open(name).get()), options,
+                            nullptr));
+    GDALTranslateOptionsFree(options);
+    run_silently(std::string("multilook ") + name + " out.tif --overwrite --looks 8x6" + option);
+    Raster reference = read(gdal);
+    expect_means("out.tif", [&](int x, int y) {
+      return reference.at(x, y) == -1.0 ? not_a_number : reference.at(x, y);
+    });
+  }
+}
+
+TEST_F(MeansTest, MultilookUndoesAndMakesDecibels) {
+  const auto power = [](int x, int y) { return x < 8 && y < 6 ? 0 : 1e-3 * (1 + (x ^ y)); };
+  make("power.tif", 48, 36, GDT_Float32, power);
+  auto decibels = make("decibels.tif", 48, 36, GDT_Float64, [&](int x, int y) {
+    return is_gap(x, y) ? (x % 2 == 0 ? not_a_number : -99)
+                        : (10 * std::log10(power(x, y)) - 3) * 2;
+  });
+  decibels->GetRasterBand(1)->SetNoDataValue(-99);
+  decibels->GetRasterBand(1)->SetScale(0.5);
+  decibels->GetRasterBand(1)->SetOffset(3);
+  decibels.reset();
+  const auto mean = [&](bool with_gaps, int column, int row) {
+    double sum = 0;
+    double count = 0;
+    for (int i = 0; i < 48; ++i) {
+      const int x = column * 8 + i % 8;
+      const int y = row * 6 + i / 8;
+      if (with_gaps || !is_gap(x, y)) {
+        sum += power(x, y);
+        ++count;
+      }
+    }
+    return sum / count;
+  };
+  const struct {
+    std::string arguments;
+    bool with_gaps;
+    bool as_decibels;
+    std::vector<std::string> described;
+  } cases[] = {
+      {"power.tif out.tif --to-db", true, true, {"Unit Type: dB", "SARNUM_QUANTITY=decibel"}},
+      {"decibels.tif out.tif --from-db --nodata skip", false, false, {"NoData Value=nan"}},
+      {"decibels.tif out.tif --from-db --to-db --nodata skip", false, true, {"Unit Type: dB"}},
+  };
+  for (const auto& [arguments, with_gaps, as_decibels, described] : cases) {
+    SCOPED_TRACE(arguments);
+    EXPECT_EQ(run("multilook --looks 8x6 --overwrite " + arguments).err,
+              as_decibels ? "sarnum: warning: 1 pixels of 'out.tif' have a mean of zero or less, "
+                            "which has no decibels, and became nodata\n"
+                          : "");
+    expect_means("out.tif", [&, gaps = with_gaps, logarithm = as_decibels](int x, int y) {
+      const double expected = mean(gaps, x, y);
+      return !logarithm ? expected : expected > 0 ? 10 * std::log10(expected) : not_a_number;
+    });
+    EXPECT_THAT(expect_report("out.tif", described), ::testing::Not(HasSubstr("Offset")));
+  }
+}
+
+TEST_F(ToolTest, MultilookChoosesSquareLooks) {
+  const auto placed = [this](const std::string& name, const std::string& dataset_xml) {
+    make_virtual(name, 60, 60, "Float32", dataset_xml, "");
+  };
+  placed("plain.vrt", "");
+  placed("map.vrt", "<GeoTransform>0, 6, 8, 0, -24, 18</GeoTransform>");
+  placed("degrees.vrt",
+         "<SRS>EPSG:4326</SRS><GeoTransform>3, .001, 0, 60.03, 0, -.001</GeoTransform>");
+  placed("radar.vrt",
+         "<Metadata><MDI key='PIXEL_SPACING'>5</MDI><MDI key='LINE_SPACING'>20</MDI></Metadata>");
+  const std::string spacing = "plain.vrt --spacing 2.3x14.1 ";
+  for (const auto& [arguments, printed] :
+       {std::pair{spacing, "6x1, pixels of 13.8 x 14.1"},
+        {spacing + "--incidence 39", "4x1, pixels of 14.62 x 14.1"},
+        {spacing + "--looks 40", "12x2, pixels of 27.6 x 28.2"},
+        {"plain.vrt --spacing 14x4", "2x7, pixels of 28 x 28"},
+        {"map.vrt", "4x5, pixels of 98.95 x 98.49"},
+        {"degrees.vrt", "2x1, pixels of 111.2 x 111.2"},
+        {"radar.vrt", "4x1, pixels of 20 x 20"}}) {
+    const ToolRun finished = run("multilook --overwrite --square " + arguments + " out.tif");
+    EXPECT_EQ(finished.out, std::string("looks ") + printed + " on the ground\n") << arguments;
   }
 }
 
@@ -48,12 +166,19 @@ TEST_F(ToolTest, MultilookCarriesOverWhatInfoShows) {
                 "Georeferencing:   WGS 84 / UTM zone 31N (EPSG:32631), origin 500000, "
                 "4600000, pixel size 10 x -20, rotation 1, -2\n"
                 "Nodata:           -1\nUnit:             m2/m2\nEquivalent looks: not enough"));
+  EXPECT_THAT(run("info --json placed.vrt").out,
+              ::testing::AllOf(HasSubstr("\"file\": \"placed.vrt\",\n  \"driver\": \"VRT\""),
+                               HasSubstr("\"authority_code\": \"EPSG:32631\",\n  \"geotransform\": "
+                                         "[\n    500000.0,\n    10.0,\n    1.0,\n    4600000.0"),
+                               HasSubstr("\"nodata\": -1.0,\n  \"unit\": \"m2/m2\",\n  "
+                                         "\"equivalent_looks\": null")));
   run_silently("multilook placed.vrt placed.tif -q --looks 4x5");
   run_silently("multilook points.vrt points.tif --looks 2x5");
   EXPECT_THAT(
       expect_report("placed.tif",
                     {"GeoTransform =\n  500000, 40, 5\n  4600000, -8, -100\n", "ID[\"EPSG\",32631]",
                      "  MISSION=S1\n", "  POLARISATION=VV\n", "Description = sigma0\n",
+                     "SARNUM_LOOKS=4x5", "SARNUM_SOURCE=placed.vrt", "SARNUM_VERSION=1",
                      "Unit Type: m2/m2\n", "NoData Value=-1\n", "Offset: 2,   Scale:0.5\n"}),
       ::testing::Not(HasSubstr("STATISTICS")));
   expect_report("points.tif", {"(0.5,1) -> (3.01,39.95,0)", "(9.5,3) -> (3.19,39.85,0)",

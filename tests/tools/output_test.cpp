@@ -1,11 +1,18 @@
 // How the tool writes: whole or not at all, nothing beside it, and saying how far it is.
+#include <fcntl.h>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <csignal>
 #include <filesystem>
 #include <future>
 #include <thread>
+#include <tuple>
 #include <utility>
 
+#include "../tools/sarnum/progress.h"
 #include "tool_run.h"
 
 namespace {
@@ -91,28 +98,84 @@ TEST_F(ToolTest, WritesThroughALinkAndNothingBesideTheInput) {
   EXPECT_EQ(bytes("in.tif"), before);
 }
 
+/// What a terminal shows that was sent these characters.
+std::string screen(const std::string& characters) {
+  std::string line;
+  std::size_t at = 0;
+  for (const char c : characters) {
+    line.resize(std::max(line.size(), at + 1), ' ');
+    c == '\b' ? --at : static_cast<std::size_t>(line.at(at++) = c);
+  }
+  return line.substr(0, line.find_last_not_of(" \n") + 1);
+}
+
+TEST(Progress, TellsTheTimeLeftOfLongWork) {
+  using sarnum::tool::Progress;
+  static int now = 0;
+  Progress progress(true, true,
+                    [] { return Progress::Clock::time_point(std::chrono::seconds(now)); });
+  std::string sent;
+  for (const auto& [seconds, fraction, shown] :
+       {std::tuple{3, 0.05, "0.."},
+        {10, 0.1, "0...10 90 s left"},
+        {400, 0.11, "0...10 54 min left"},
+        {401, 0.41, "0...10...20...30...40 10 min left"},
+        {402, 0.99, "0...10...20...30...40...50...60...70...80...90... 4 s left"}}) {
+    now = seconds;
+    testing::internal::CaptureStderr();
+    progress.update(fraction);
+    sent += testing::internal::GetCapturedStderr();
+    EXPECT_EQ(screen(sent), shown);
+  }
+  testing::internal::CaptureStderr();
+  progress.finish();
+  EXPECT_EQ(screen(sent + testing::internal::GetCapturedStderr()),
+            "0...10...20...30...40...50...60...70...80...90...100 - done.");
+}
+
 TEST_F(ToolTest, AnInterruptedRunLeavesNothingBehind) {
-  // A run of about a second, interfered with once it has made its temporary files, which come
-  // first in the folder: .sarnum-PID-NUMBER.tmp
-  make("in.tif", 4096, 4096, GDT_Float32, texture);
-  const auto interfere = [this](const std::string& option, const std::function<void(pid_t)>& act) {
-    const std::size_t before = names().size();
+  // Progress goes into a pipe that holds no more than its first half: the tool cannot end before
+  // the pipe is read, which is when it has been interfered with. By its temporary files, which
+  // come first in the folder, it is known: .sarnum-PID-NUMBER.tmp
+  make("in.tif", 64, 64, GDT_Float32, texture);
+  const auto interfere = [this](const std::string& command, int progress,
+                                const std::function<void(pid_t)>& act) {
+    mkfifo(streams_.file("err").c_str(), 0600);
+    const int pipe = ::open(streams_.file("err").c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
+    const int filled = fcntl(pipe, F_GETPIPE_SZ) - 30;
+    std::string content(static_cast<std::size_t>(filled), '.');
+    EXPECT_EQ(write(pipe, content.data(), content.size()), filled);
     auto ending = std::async(std::launch::async, [&] {
-      return run("spectrum in.tif out.tif --picture out.png " + option).status;
+      return run(command + " in.tif out.tif --picture out.png --progress").status;
     });
-    for (int waits = 0; waits < 10000 && names().size() < before + 2; ++waits) {
+    for (int held = 0, waits = 0; held < filled + progress && waits < 60000; ++waits) {
       std::this_thread::sleep_for(std::chrono::milliseconds(1));
+      ioctl(pipe, FIONREAD, &held);
     }
     act(std::stoi(names().front().substr(8)));
+    std::filesystem::remove(streams_.file("err"));
+    while (ending.wait_for(std::chrono::milliseconds(1)) != std::future_status::ready) {
+      [[maybe_unused]] const auto drained = ::read(pipe, content.data(), content.size());
+    }
+    close(pipe);
     return ending.get();
   };
   // The first output is taken back when the second cannot be put in place.
-  EXPECT_EQ(interfere("", [this](pid_t) { put_bytes("out.png", "someone else's"); }), 1);
+  const auto appear = [this](pid_t) { put_bytes("out.png", "someone else's"); };
+  EXPECT_EQ(interfere("spectrum", 1, appear), 1);
   ASSERT_THAT(names(), ElementsAre("in.tif", "out.png"));
   EXPECT_EQ(bytes("out.png"), "someone else's");
   put_bytes("out.tif", "old");
-  for (const int number : {SIGTERM, SIGINT, SIGHUP}) {
-    EXPECT_EQ(interfere("--overwrite", [=](pid_t tool) { kill(tool, number); }), 128 + number);
+  const std::string averaging = "multilook --looks 2x2 --nodata skip --overwrite";
+  for (const auto& [number, command, progress] : {std::tuple{SIGTERM, averaging, 26},
+                                                  {SIGINT, "spectrum --overwrite", 1},
+                                                  {SIGINT, averaging, 26}}) {
+    EXPECT_EQ(interfere(command, progress,
+                        [this, &number](pid_t tool) {
+                          EXPECT_GE(names().size(), 5U);
+                          kill(tool, number);
+                        }),
+              128 + number);
     ASSERT_THAT(names(), ElementsAre("in.tif", "out.png", "out.tif"));
     EXPECT_EQ(bytes("out.tif"), "old");
   }

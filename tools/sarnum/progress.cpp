@@ -24,7 +24,7 @@ std::string tick_text(int tick) {
 std::string Progress::time_left(double fraction) const {
   constexpr double silent_seconds = 4;
   const double elapsed = std::chrono::duration<double>(now_() - begin_).count();
-  if (!tells_time_left_ || elapsed < silent_seconds || fraction <= 0) {
+  if (!tells_time_left_ || elapsed < silent_seconds || fraction <= 0 || fraction >= 1) {
     return "";
   }
   const double seconds = elapsed * (1 - fraction) / fraction;
