@@ -21,6 +21,8 @@ const std::string detect = "detect in.tif out.tif --overwrite -q --picture out.p
 const std::string multilook_virtual = "multilook in.vrt out.tif --looks 2x2 -q";
 const std::string multilook_deflated =
     "multilook in.tif out.tif --looks 2x2 --overwrite -q --co COMPRESS=DEFLATE";
+const std::string multilook_valid =
+    "multilook in.vrt out.tif --looks 2x2 -q --nodata skip --from-db --to-db";
 const std::string spectrum =
     "spectrum in.tif out.tif --overwrite -q --co TILED=YES --picture out.png";
 
@@ -161,7 +163,7 @@ INSTANTIATE_TEST_SUITE_P(Tool, FileFaults,
 INSTANTIATE_TEST_SUITE_P(Calls, FileFaults,
                          Combine(Values(multilook_virtual), Values(error, death)));
 INSTANTIATE_TEST_SUITE_P(AllCalls, FileFaults,
-                         Combine(Values(detect, multilook_deflated, spectrum),
+                         Combine(Values(detect, multilook_deflated, multilook_valid, spectrum),
                                  Values(error, part, death)));
 
 }  // namespace

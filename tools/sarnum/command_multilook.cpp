@@ -8,11 +8,14 @@
 #include <cpl_string.h>
 #include <sarnum/host/standalone.h>
 #include <sarnum/sarnum.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cctype>
+#include <cerrno>
 #include <cmath>
 #include <cstdint>
+#include <cstring>
 #include <limits>
 #include <string_view>
 
@@ -211,6 +214,15 @@ void finish_means(const RasterInput& input, const MeanReader& means, const MeanR
   }
 }
 
+/// An output that is never put in place is a scratch file beside it. Its end would remove it too,
+/// but could not say that it failed.
+void remove_scratch(const OutputFile& scratch) {
+  if (unlink(scratch.temporary().c_str()) != 0) {
+    throw Failure("cannot remove " + in_quotes(scratch.temporary()) + ", a scratch file of " +
+                  in_quotes(scratch.name()) + ": " + std::strerror(errno));
+  }
+}
+
 /// Writes the temporary file of the output.
 void average(const RasterInput& input, const OutputFile& output,
              const MultilookArguments& arguments, Looks looks, Progress& progress) {
@@ -229,12 +241,12 @@ void average(const RasterInput& input, const OutputFile& output,
     close_written(std::move(dataset), output);
     return;
   }
-  // An output that is never put in place is a scratch file beside it.
   const OutputFile means(output.name(), true, {});
   const double middle = rule.skips_invalid ? share_of_library / 2 : share_of_library;
   run_library(input, source, means, looks, {}, {progress, 0.0, middle});
   if (!rule.skips_invalid) {
     finish_means(input, MeanReader(means), nullptr, output, arguments, description);
+    remove_scratch(means);
     return;
   }
   const OutputFile shares(output.name(), true, {});
@@ -242,6 +254,8 @@ void average(const RasterInput& input, const OutputFile& output,
               {progress, middle, share_of_library});
   const MeanReader share_reader(shares);
   finish_means(input, MeanReader(means), &share_reader, output, arguments, description);
+  remove_scratch(means);
+  remove_scratch(shares);
 }
 
 }  // namespace
