@@ -50,6 +50,8 @@ class RasterInput {
   std::string sign_of_decibels() const;
 
  private:
+  void read_first_sample() const;
+
   std::string path_;
   GDALDatasetUniquePtr dataset_;
   PixelType type_{};
