@@ -14,6 +14,7 @@
 #include <iterator>
 #include <limits>
 #include <new>
+#include <sstream>
 #include <string_view>
 #include <tuple>
 #include <type_traits>
@@ -28,10 +29,11 @@ constexpr unsigned char canary = 0xa5;
 constexpr double nan = std::numeric_limits<double>::quiet_NaN();
 
 const Sizes exponents = {
-    {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12}, {-1, 31, INT_MIN, INT_MAX}, 10};
-const Sizes counts = {{1, 2, 3, 7, 16, 33, 100}, {0, -1, INT_MIN}, 100};
-const Sizes signals = {counts.lawful, {0, -1, INT_MIN, (1 << 30) + 1, INT_MAX}, 100};
-const Sizes orders = {{1, 2, 5, 24, 33, 64, 70, 129}, {0, -1, INT_MIN}, 70};
+    {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12}, {-1, 31, INT_MIN, INT_MAX}, 8, 18};
+const Sizes counts = {{1, 2, 3, 7, 16, 33, 100}, {0, -1, INT_MIN}, 100, 5000};
+const Sizes signals = {
+    {1, 2, 3, 7, 16, 33, 100}, {0, -1, INT_MIN, (1 << 30) + 1, INT_MAX}, 100, 5000};
+const Sizes orders = {{1, 2, 5, 24, 33, 64, 70}, {0, -1, INT_MIN}, 70, 129};
 
 /// Room for the elements of an unlawful size is not there.
 std::ptrdiff_t room_for(std::ptrdiff_t count) {
@@ -190,6 +192,41 @@ Outcome Routine::outcome(const Conditions& conditions) const {
   return made.outcome;
 }
 
+/// Rows of 2^size pixels that lie apart, and those of a smaller raster that is padded to them. As a
+/// meter it notes steps and the range. A caption may be lost for want of storage, but not its end.
+class Call::Raster : public CMeterInfo {
+ public:
+  Raster(Call& c, bool is_forward)
+      : width(c.size < 0    ? c.size
+              : c.size > 30 ? INT_MAX
+                            : 1 << (c.size + 1) / 2),
+        height(c.size < 0 || c.size > 30 ? 1 : 1 << c.size / 2),
+        type(is_forward ? c.choose({9, 10, 7, 16, 8, 4}) : c.choose({9, 10}, {7, 0, 17})),
+        steps_(c.array<double>(changed, 1)),
+        range_(is_forward ? c.array<double>(changed, 1) : &unjudged_) {
+    const bool is_double = type == TD_FLOAT64 || type == TD_COMPLEX_FLOAT64;
+    const std::ptrdiff_t reals = 2 * room_for(width);
+    dst = c.array<void*>(input, height);
+    std::generate_n(dst, height, [&] {
+      return is_double ? static_cast<void*>(c.array<double>(output, reals))
+                       : c.array<float>(output, reals);
+    });
+    width -= is_forward ? width / 3 : 0;
+    height -= is_forward ? height / 3 : 0;
+    src = c.array<void*>(input, height);
+    std::generate_n(src, height, [&] { return c.pixels(type, room_for(width)); });
+  }
+  void SetRange(int, int upper) override { *range_ = upper; }
+  void SetText(const char* text) override { EXPECT_TRUE(std::string_view(text).ends_with("...")); }
+  void StepIt() override { ++*steps_; }
+
+  int width, height, type;
+  void **src, **dst;
+
+ private:
+  double *steps_, *range_, unjudged_ = 0;
+};
+
 namespace {
 
 int pixel_type(Call& c) {
@@ -198,7 +235,7 @@ int pixel_type(Call& c) {
 
 int integer(Call& c, char role, std::ptrdiff_t elements) {
   if (role == 't') {
-    return pixel_type(c);
+    return c.raster != nullptr ? c.raster->type : pixel_type(c);
   }
   const int n = c.size, length = static_cast<int>(elements), longer = static_cast<int>(n + 1LL);
   const struct {
@@ -206,6 +243,8 @@ int integer(Call& c, char role, std::ptrdiff_t elements) {
     std::vector<int> lawful, unlawful;
   } choices[] = {
       {'z', {longer}, {}},
+      {'W', {c.raster != nullptr ? c.raster->width : 0}, {}},
+      {'H', {c.raster != nullptr ? c.raster->height : 0}, {}},
       {'v', {c.number<int>() % 23 + 18}, {}},
       {'s', {n / 3, -(n / 2), n}, {longer, -(n / 2) * 3 - 3, INT_MIN, INT_MAX}},
       {'j', {1, n / 2 + 1, n}, {0, -1, INT_MAX}},
@@ -251,58 +290,7 @@ Element* pointer(Call& c, char role, std::ptrdiff_t elements) {
   return c.array<Element>(found->use, found->count);
 }
 
-/// A raster of 2^size pixels in rows that lie apart, and a smaller one that is padded to it.
-struct Raster {
-  Raster(Call& c, bool is_forward)
-      : width(c.size < 0    ? c.size
-              : c.size > 30 ? INT_MAX
-                            : 1 << (c.size + 1) / 2),
-        height(c.size < 0 || c.size > 30 ? 1 : 1 << c.size / 2),
-        type(is_forward ? c.choose({9, 10, 7, 16, 8, 4}) : c.choose({9, 10}, {7, 0, 17})),
-        steps(c.array<double>(Call::changed, 1)),
-        range(is_forward ? c.array<double>(Call::changed, 1) : &unjudged) {
-    const bool is_double = type == TD_FLOAT64 || type == TD_COMPLEX_FLOAT64;
-    const std::ptrdiff_t reals = 2 * room_for(width);
-    dst = c.array<void*>(Call::input, height);
-    for (int row = 0; row < height; ++row) {
-      dst[row] = is_double ? static_cast<void*>(c.array<double>(Call::output, reals))
-                           : c.array<float>(Call::output, reals);
-    }
-    width -= is_forward ? width / 3 : 0;
-    height -= is_forward ? height / 3 : 0;
-    src = c.array<void*>(Call::input, height);
-    std::generate_n(src, height, [&] { return c.pixels(type, room_for(width)); });
-  }
-
-  int width, height, type;
-  double *steps, *range, unjudged = 0;
-  void **src, **dst;
-};
-
-/// Notes steps and the range. The caption may be lost for want of storage, but not its end.
-class NotingMeter : public CMeterInfo {
- public:
-  explicit NotingMeter(const Raster& raster) : raster_(raster) {}
-  void SetRange(int, int upper) override { *raster_.range = upper; }
-  void SetText(const char* text) override { EXPECT_TRUE(std::string_view(text).ends_with("...")); }
-  void StepIt() override { ++*raster_.steps; }
-
- private:
-  const Raster& raster_;
-};
-
 std::vector<Routine> all;
-
-template <class Transform>
-void add_raster(const char* symbol, bool is_forward, double failed, Transform transform) {
-  const auto call = [=](Call& c) {
-    const Raster raster(c, is_forward);
-    NotingMeter meter(raster);
-    const int centre = c.choose({1, 0, -1});
-    c.run([&] { return transform(raster, centre, &meter); });
-  };
-  all.push_back({symbol, exponents, call, {.kernels_from = 7, .needed = 2, .failed = failed}});
-}
 
 /// The argument for a parameter of type T, by the next role; see routines() below.
 template <class T>
@@ -314,12 +302,19 @@ T argument(Call& c, const char*& roles, std::ptrdiff_t elements) {
     return integer(c, role, elements);
   } else if constexpr (std::is_same_v<T, void*>) {
     return c.pixels(pixel_type(c), elements);
+  } else if constexpr (std::is_same_v<T, void**>) {
+    c.raster = role == 'Q' ? c.raster : std::make_shared<Call::Raster>(c, role == 'F');
+    return role == 'Q' ? c.raster->dst : c.raster->src;
+  } else if constexpr (std::is_same_v<T, CMeterInfo*>) {
+    return c.raster.get();
   } else if constexpr (std::is_array_v<std::remove_pointer_t<T>>) {  // lin_yr's rows
     return reinterpret_cast<T>(c.array<double>(Call::input, 5 * room_for(c.size)));
   } else if constexpr (std::is_pointer_v<T>) {
     return pointer<std::remove_pointer_t<T>>(c, role, elements);
+  } else if constexpr (std::is_same_v<T, std::shared_ptr<CVeryFastFT>>) {
+    return std::make_shared<CVeryFastFT>(elements > 0 ? c.size / 2 : 0);
   } else {
-    return std::make_shared<typename T::element_type>(elements > 0 ? c.size / 2 : 0);
+    return std::make_shared<typename T::element_type>();
   }
 }
 
@@ -341,32 +336,50 @@ std::function<void(Call&)> caller(std::function<Result(Parameters...)> f, const 
   };
 }
 
-/// A function with the sizes that its roles speak of.
+template <class Object, class Result, class... Parameters>
+std::function<void(Call&)> caller(Result (Object::*f)(Parameters...), const char* roles) {
+  return caller(std::function<Result(std::shared_ptr<Object>, Parameters...)>(f), roles);
+}
+
+template <class Result, class... Parameters>
+std::function<void(Call&)> caller(Result (*f)(Parameters...), const char* roles) {
+  return caller(std::function(f), roles);
+}
+
+/// With the sizes that the roles speak of.
 template <class Function>
 void add_named(const std::string& symbols, const char* roles, const Traits& traits, Function f) {
   const Sizes& sizes = std::strchr(roles, 'm') != nullptr       ? exponents
                        : std::strchr(roles, 'f') != nullptr     ? signals
                        : std::strpbrk(roles, "RSAM") != nullptr ? orders
                                                                 : counts;
-  all.push_back({symbols, sizes, caller(std::function(f), roles), traits});
+  all.push_back({symbols, sizes, caller(f, roles), traits});
 }
 
-/// Functions of one type and alike, or members of CFFTClass.
+/// Functions of one type that are alike.
 template <class Type, class Function = Type*>
-void add(const char* roles, const Traits& traits,
-         std::initializer_list<std::pair<const char*, Function>> functions) {
+void add(const char* roles, const Traits& traits, const char* names,
+         std::initializer_list<Function> functions) {
   const std::unique_ptr<char, void (*)(void*)> type(
       abi::__cxa_demangle(typeid(Type).name(), nullptr, nullptr, nullptr), std::free);
-  const std::string parameters = std::strchr(type.get(), '(');
-  for (const auto& [name, f] : functions) {
-    if constexpr (std::is_same_v<Function, Type*>) {
-      add_named(name + parameters, roles, traits, f);
-    } else {
-      const std::function<Type> member = [f = f](auto... x) { return (CFFTClass().*f)(x...); };
-      add_named("CFFTClass::" + (name + parameters), roles, traits, member);
-    }
+  std::istringstream list(names);
+  for (const Function f : functions) {
+    std::string name;
+    list >> name;
+    std::erase_if(name, [](char c) { return c == '&' || c == ','; });
+    add_named(name + std::strchr(type.get(), '('), roles, traits, f);
   }
 }
+
+/// Their names and themselves.
+#define NAMED(...) \
+#__VA_ARGS__, {  \
+    __VA_ARGS__    \
+  }
+
+/// Member functions, called on an object that is made before.
+template <class Type, class Object = CFFTClass>
+constexpr auto add_members = add<Type, Type Object::*>;
 
 /// A copy that is not destroyed, as copies share what they point to, and is assigned to as well.
 template <class Object>
@@ -374,8 +387,6 @@ void copy_and_abandon(const Object& object) {
   alignas(Object) unsigned char room[sizeof(Object)];
   *new (room) Object(object) = object;
 }
-
-using Block = std::shared_ptr<CVeryFastFT>;
 
 int life_of_block(int exponent) {
   CVeryFastFT object(exponent);
@@ -411,6 +422,10 @@ int build_tables_and_use(double* re, double* im, int m) {
   return result;
 }
 
+std::size_t length_of_version(int) {
+  return std::strlen(sarnum::build_info().version);
+}
+
 /// @return a number for the bytes of the output.
 double multilook(unsigned char* samples, int side, int across, int down) {
   const TemporaryFolder folder;
@@ -426,47 +441,32 @@ double multilook(unsigned char* samples, int side, int across, int down) {
 }
 
 void add_transforms() {
+  const Traits line{.kernels_from = 4}, tables{.kernels_from = 4, .uses_tables = true};
+  const Traits raster{.kernels_from = 7, .needed = 2},
+      block{.kernels_from = 8, .needed = 2, .failed = 1};
   using Split = void(double*, double*, int);
   using SplitFloats = void(float*, float*, int);
-  using Interleaved = void(float*, int);
-  using Switched = void(double*, double*, int, int);
-  using SwitchedFloats = void(float*, float*, int, int);
-  using Synthesis = void(float*, float*, float*, float*, int, int);
-  const Traits line{.kernels_from = 4}, tables{.kernels_from = 4, .uses_tables = true};
-  add<Split>("xxm", line, {{"fft", fft}, {"ifft", ifft}});
-  add<SplitFloats>("xxm", line, {{"fft", fft}, {"ifft", ifft}});
-  add<Interleaved>("Xm", line, {{"fft", fft}, {"ifft", ifft}});
-  add<Split>("xxm", tables, {{"fft_Fast", fft_Fast}, {"ifft_Fast", ifft_Fast}});
-  add<SplitFloats>("xxm", tables, {{"fft_Fast", fft_Fast}, {"ifft_Fast", ifft_Fast}});
-  add<Interleaved>("Xm", tables, {{"fft_Fast", fft_Fast}, {"ifft_Fast", ifft_Fast}});
-  add<int(int, int)>("vv", {}, {{"ibitr", ibitr}});
-  add<Split, Split CFFTClass::*>("xxm", line,
-                                 {{"fft", &CFFTClass::fft}, {"ifft", &CFFTClass::ifft}});
-  add<SplitFloats, SplitFloats CFFTClass::*>(
-      "xxm", line, {{"fft", &CFFTClass::fft}, {"ifft", &CFFTClass::ifft}});
-  add<Switched, Switched CFFTClass::*>("xxme", line, {{"fft_new", &CFFTClass::fft_new}});
-  add<SwitchedFloats, SwitchedFloats CFFTClass::*>("xxme", line,
-                                                   {{"fft_new", &CFFTClass::fft_new}});
-  add<Synthesis, Synthesis CFFTClass::*>("iixxum", line, {{"SyntAlmaz", &CFFTClass::SyntAlmaz}});
-  add<int(int), int (CFFTClass::*)(int)>("n", {}, {{"CeilPowerOfTwo", &CFFTClass::CeilPowerOfTwo}});
-  add_raster("CFFTClass::FFT_2D(void**, void**, int, int, int, CMeterInfo*)", true, 0,
-             [](const Raster& r, int, CMeterInfo* meter) {
-               return CFFTClass().FFT_2D(r.src, r.dst, r.width, r.height, r.type, meter);
-             });
-  add_raster("CFFTClass::FFT_2D_NEW(void**, void**, int, int, int, int, CMeterInfo*)", true, 1,
-             [](const Raster& r, int centre, CMeterInfo* meter) {
-               return CFFTClass().FFT_2D_NEW(r.src, r.dst, r.width, r.height, r.type, centre,
-                                             meter);
-             });
-  add_raster("CFFTClass::IFFT_2D(void**, void**, int, int, int, CMeterInfo*)", false, 0,
-             [](const Raster& r, int, CMeterInfo* meter) {
-               return CFFTClass().IFFT_2D(r.src, r.dst, r.width, r.height, r.type, meter);
-             });
-  const Traits block{.kernels_from = 8, .needed = 2, .failed = 1};
-  add_named("CVeryFastFT::FFT_2D_Rect(float*, float*)", "mbB", block,
-            [](Block b, float* src, float* dst) { return b->FFT_2D_Rect(src, dst); });
-  add_named("CVeryFastFT::IFFT_2D_Rect(float*, float*)", "mbB", block,
-            [](Block b, float* src, float* dst) { return b->IFFT_2D_Rect(src, dst); });
+  using Raster = int(void**, void**, int, int, int, CMeterInfo*);
+  add<Split>("xxm", line, NAMED(fft, ifft));
+  add<SplitFloats>("xxm", line, NAMED(fft, ifft));
+  add<void(float*, int)>("Xm", line, NAMED(fft, ifft));
+  add<Split>("xxm", tables, NAMED(fft_Fast, ifft_Fast));
+  add<SplitFloats>("xxm", tables, NAMED(fft_Fast, ifft_Fast));
+  add<void(float*, int)>("Xm", tables, NAMED(fft_Fast, ifft_Fast));
+  add<int(int, int)>("vv", {}, NAMED(ibitr));
+  add_members<Split>(".xxm", line, NAMED(&CFFTClass::fft, &CFFTClass::ifft));
+  add_members<SplitFloats>(".xxm", line, NAMED(&CFFTClass::fft, &CFFTClass::ifft));
+  add_members<void(double*, double*, int, int)>(".xxme", line, NAMED(&CFFTClass::fft_new));
+  add_members<void(float*, float*, int, int)>(".xxme", line, NAMED(&CFFTClass::fft_new));
+  add_members<void(float*, float*, float*, float*, int, int)>(".iixxum", line,
+                                                              NAMED(&CFFTClass::SyntAlmaz));
+  add_members<int(int)>(".n", {}, NAMED(&CFFTClass::CeilPowerOfTwo));
+  add_members<Raster>(".FQWHtm", raster, NAMED(&CFFTClass::FFT_2D));
+  add_members<Raster>(".IQWHtm", raster, NAMED(&CFFTClass::IFFT_2D));
+  add_members<int(void**, void**, int, int, int, int, CMeterInfo*)>(
+      ".FQWHtem", {.kernels_from = 7, .needed = 2, .failed = 1}, NAMED(&CFFTClass::FFT_2D_NEW));
+  add_members<int(float*, float*), CVeryFastFT>(
+      "mbB", block, NAMED(&CVeryFastFT::FFT_2D_Rect, &CVeryFastFT::IFFT_2D_Rect));
   add_named(
       "CVeryFastFT::AllocateDataMemory()\nCVeryFastFT::CVeryFastFT(CVeryFastFT const&)\n"
       "CVeryFastFT::CVeryFastFT(int)\nCVeryFastFT::FreeDataMemory()\n"
@@ -483,90 +483,59 @@ void add_transforms() {
 }
 
 void add_numeric() {
-  add<double(double)>("d", {},
-                      {{"Add_to_Power_of_2", Add_to_Power_of_2},
-                       {"Bessel_NULL", Bessel_NULL},
-                       {"Cube", Cube},
-                       {"Degrees", Degrees},
-                       {"Fmod2p", Fmod2p},
-                       {"Power_of_two", Power_of_two},
-                       {"Qrt", Qrt},
-                       {"Radians", Radians}});
-  add<int(double)>("d", {}, {{"Sign", Sign}});
-  add<double(double, double)>("dd", {},
-                              {{"AcTan", AcTan},
-                               {"Max", Max},
-                               {"Max_ABS", Max_ABS},
-                               {"Min", Min},
-                               {"Min_ABS", Min_ABS},
-                               {"Modulus", Modulus},
-                               {"Power", Power}});
-  add<double(double, double)>("dd", {.repeats = false}, {{"Noise_normal", Noise_normal}});
-  add<double(double, int, int)>("dvv", {}, {{"Hamming", Hamming}, {"Kaiser", Kaiser}});
-  add<double(int, int)>("vv", {}, {{"Hanning", Hanning}});
-  add<double(double*, int)>("in", {},
-                            {{"Max_mass", Max_mass},
-                             {"Max_mass_ABS", Max_mass_ABS},
-                             {"Min_mass", Min_mass},
-                             {"Min_mass_ABS", Min_mass_ABS},
-                             {"Sum_mass", Sum_mass},
-                             {"Mean", Mean},
-                             {"Magnitude", Magnitude}});
-  add<int(double*, int)>("in", {},
-                         {{"Max_mass_index", Max_mass_index},
-                          {"Max_mass_ABS_index", Max_mass_ABS_index},
-                          {"Min_mass_index", Min_mass_index},
-                          {"Min_mass_ABS_index", Min_mass_ABS_index}});
-  add<double(double*, double*, int)>("iin", {},
-                                     {{"Angle", Angle}, {"Scalar_Multiply", Scalar_Multiply}});
-  add<void(double*, double*, double*, int)>(
-      "iion", {},
-      {{"Vec_Add", Vec_Add}, {"Vec_Sub", Vec_Sub}, {"Vector_Multiply", Vector_Multiply}});
-  add<void(double, double*, double*, int)>("dion", {}, {{"Const_Multiply", Const_Multiply}});
-  add<void(double*, double*, int)>("ion", {}, {{"Normalize", Normalize}});
-  add<void(double*, double*, double*)>("33c", {}, {{"Cross", Cross}});
-  add<void(double*, double*, int, int)>("ywnz", {}, {{"Scale", Scale}});
-  add<void(double*, double*, int, int)>("xxns", {}, {{"ShiftData", ShiftData}});
-  add<void(COMPLEX_FLOAT32*, int, int)>("xns", {}, {{"ShiftData", ShiftData}});
-  add<double(double*, double*, int, int, int)>("iynzs", {}, {{"Correl", Correl}});
-  add<double(double*, double*, double*, double*, int, int, int)>("iiyynzs", {},
-                                                                 {{"Correl", Correl}});
-  add<void(void*, int, double*, double*, int)>("ptoon", {},
-                                               {{"Transform_to_double", Transform_to_double}});
-  add<void(void*, int, double*, int)>("pton", {}, {{"Transform_to_double", Transform_to_double}});
+  add<double(double)>(
+      "d", {},
+      NAMED(Add_to_Power_of_2, Bessel_NULL, Cube, Degrees, Fmod2p, Power_of_two, Qrt, Radians));
+  add<int(double)>("d", {}, NAMED(Sign));
+  add<double(double, double)>("dd", {}, NAMED(AcTan, Max, Max_ABS, Min, Min_ABS, Modulus, Power));
+  add<double(double, double)>("dd", {.repeats = false}, NAMED(Noise_normal));
+  add<double(double, int, int)>("dvv", {}, NAMED(Hamming, Kaiser));
+  add<double(int, int)>("vv", {}, NAMED(Hanning));
+  add<double(double*, int)>(
+      "in", {}, NAMED(Max_mass, Max_mass_ABS, Min_mass, Min_mass_ABS, Sum_mass, Mean, Magnitude));
+  add<int(double*, int)>(
+      "in", {}, NAMED(Max_mass_index, Max_mass_ABS_index, Min_mass_index, Min_mass_ABS_index));
+  add<double(double*, double*, int)>("iin", {}, NAMED(Angle, Scalar_Multiply));
+  add<void(double*, double*, double*, int)>("iion", {}, NAMED(Vec_Add, Vec_Sub, Vector_Multiply));
+  add<void(double, double*, double*, int)>("dion", {}, NAMED(Const_Multiply));
+  add<void(double*, double*, int)>("ion", {}, NAMED(Normalize));
+  add<void(double*, double*, double*)>("33c", {}, NAMED(Cross));
+  add<void(double*, double*, int, int)>("ywnz", {}, NAMED(Scale));
+  add<void(double*, double*, int, int)>("xxns", {}, NAMED(ShiftData));
+  add<void(COMPLEX_FLOAT32*, int, int)>("xns", {}, NAMED(ShiftData));
+  add<double(double*, double*, int, int, int)>("iynzs", {}, NAMED(Correl));
+  add<double(double*, double*, double*, double*, int, int, int)>("iiyynzs", {}, NAMED(Correl));
+  add<void(void*, int, double*, double*, int)>("ptoon", {}, NAMED(Transform_to_double));
+  add<void(void*, int, double*, int)>("pton", {}, NAMED(Transform_to_double));
   const Traits filter{.kernels_from = 16, .needed = 3};
-  add<void(double*, double*, int)>("xxf", filter, {{"FilterHighSp", FilterHighSp}});
-  add<void(double*, double*, int, double*, double*, double*, double*)>(
-      "xxf1111", filter, {{"FilterLowSp", FilterLowSp}});
+  add<void(double*, double*, int)>("xxf", filter, NAMED(FilterHighSp));
+  add<std::remove_pointer_t<decltype(&FilterLowSp)>>("xxf1111", filter, NAMED(FilterLowSp));
   add_named("NoncoherentAccumulationR(CString, CString, int, int, CCustomMeterInfo*)", "Anqr",
             {.allocates_in_host = true}, multilook);
-  add_named("sarnum::build_info()", "n", {},
-            [](int) { return std::strlen(sarnum::build_info().version); });
+  add_named("sarnum::build_info()", "n", {}, length_of_version);
 }
 
 // Orders up to 16 need no storage.
 void add_linear_algebra() {
   const Traits blocked{.kernels_from = 64, .needed = 1};
-  add<void(int, long double*, long double*)>("nSo", blocked, {{"Solve_System", Solve_System}});
-  add<int(double*, int, long double*)>("1nM", blocked, {{"LnAbsDeterminant", LnAbsDeterminant}});
-  add<int(int, long double*, long double*)>("nAO", blocked, {{"MatrixInversion", MatrixInversion}});
+  add<void(int, long double*, long double*)>("nSo", blocked, NAMED(Solve_System));
+  add<int(double*, int, long double*)>("1nM", blocked, NAMED(LnAbsDeterminant));
+  add<int(int, long double*, long double*)>("nAO", blocked, NAMED(MatrixInversion));
   add<void(long double*, long double*, long double*, int, int, int)>(
-      "RROnzn", {.kernels_from = 24, .needed = 2}, {{"Matrix_Multiply", Matrix_Multiply}});
-  add<void(int, int, int, long double*)>("jjnS", {}, {{"ChangeRow_IJ", ChangeRow_IJ}});
-  add<int(int, double(*)[5], double*, double*)>("n5xo", {}, {{"lin_yr", lin_yr}});
-  add<void(int, int, double*, double*, double*)>("kniic", {}, {{"mnk", mnk}});
+      "RROnzn", {.kernels_from = 24, .needed = 2}, NAMED(Matrix_Multiply));
+  add<void(int, int, int, long double*)>("jjnS", {}, NAMED(ChangeRow_IJ));
+  add<int(int, double(*)[5], double*, double*)>("n5xo", {}, NAMED(lin_yr));
+  add<void(int, int, double*, double*, double*)>("kniic", {}, NAMED(mnk));
   add<void(int, int, double*, double*, double*, double*)>(
-      "gniiic", {.kernels_from = 1, .needed = 3 + 2}, {{"mnk2", mnk2}});
+      "gniiic", {.kernels_from = 1, .needed = 3 + 2}, NAMED(mnk2));
   add<std::remove_pointer_t<decltype(&GetRectInterpolationCoefficients)>>(
-      "111dddddddddddd", {},
-      {{"GetRectInterpolationCoefficients", GetRectInterpolationCoefficients}});
+      "111dddddddddddd", {}, NAMED(GetRectInterpolationCoefficients));
   add_named(
       "CLagrangeInterpolation2D::CLagrangeInterpolation2D(CLagrangeInterpolation2D const&)\n"
       "CLagrangeInterpolation2D::CLagrangeInterpolation2D(int, int, double*, double*, double*)\n"
       "CLagrangeInterpolation2D::CalculateCoefficients(int, double*, double*, double*)\n"
       "CLagrangeInterpolation2D::GetInterpolatedValue(double, double)\n"
-      "CLagrangeInterpolation2D::GetPolynomOrder()\n"
-      "CLagrangeInterpolation2D::GetSuccessFlag()\n"
+      "CLagrangeInterpolation2D::GetPolynomOrder()\nCLagrangeInterpolation2D::GetSuccessFlag()\n"
       "CLagrangeInterpolation2D::operator=(CLagrangeInterpolation2D const&)\n"
       "CLagrangeInterpolation2D::~CLagrangeInterpolation2D()",
       "Gniii1", {.needed = 4}, fit_and_evaluate);
@@ -577,11 +546,12 @@ void add_linear_algebra() {
 // A role for each parameter. Of integers: n the size (f of a filter), m the size as exponent, z one
 // more than the size, v any, and by the variant of the call s a shift, j a row or column, k, g and
 // G the order or the degree of a fit, t a pixel type, u a part of the length, e the switch of
-// centred transforms, q and r looks. Of arrays as long as the size says: i read, x changed, o
-// written; X of twice the length, y and w read and written ones of one element more; of square
-// matrices A read, M changed, O written, with a column more R read, S changed; b and B read and
-// written blocks; 3 and 1 elements read and written; 5 rows of five; c coefficients of a fit; p
-// pixels. d is a number.
+// centred transforms, q and r looks, W and H the size of a raster. F and I are the rows that a
+// forward or an inverse transform reads, Q those it writes. Of arrays as long as the size says: i
+// read, x changed, o written; X of twice the length, y and w read and written ones of one element
+// more; of square matrices A read, M changed, O written, with a column more R read, S changed; b
+// and B read and written blocks; 3 and 1 elements read and written; 5 rows of five; c coefficients
+// of a fit; p pixels. d is a number; any role will do for an object or a meter.
 const std::vector<Routine>& routines() {
   if (all.empty()) {
     add_transforms();

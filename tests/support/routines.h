@@ -67,7 +67,9 @@ class Call {
 
   void run(const std::function<double()>& body);
 
-  int outputs = 3;  ///< of arrays whose size depends on another argument
+  class Raster;
+  std::shared_ptr<Raster> raster;  ///< if there is one among the arguments
+  int outputs = 3;                 ///< of arrays whose size depends on another argument
 
  private:
   struct Block {
@@ -87,7 +89,7 @@ class Call {
 /// The sizes that a routine is tried with.
 struct Sizes {
   std::vector<int> lawful, unlawful;
-  int typical;
+  int typical, large;
 };
 
 struct Traits {

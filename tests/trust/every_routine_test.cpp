@@ -79,8 +79,8 @@ class EveryRoutine : public testing::TestWithParam<std::size_t> {
     }
     const ForcedLevel forced(GetParam());
     build_tables(routine, c.size);
-    for (c.page = Conditions::ends; c.page > Conditions::anywhere;
-         c.page = c.page == Conditions::ends ? Conditions::begins : Conditions::anywhere) {
+    for (const auto page : {Conditions::begins, Conditions::ends, Conditions::anywhere}) {
+      c.page = page;
       EXPECT_TRUE(equal(routine, routine.outcome(c), expected)) << described(routine, c);
     }
     for (c.offset = least_offset; c.offset < 64; c.offset += step) {
@@ -108,9 +108,7 @@ TEST_P(EveryRoutine, GivesTheScalarValuesWhateverTheDataAndWhereverTheyLie) {
       }
     }
     check(routine, {.size = routine.sizes.typical}, 0, 1);
-    if (routine.sizes.typical == 10) {
-      check(routine, {.size = 18}, 4, 64);
-    }
+    check(routine, {.size = routine.sizes.large}, 4, 64);
   }
 }
 
@@ -170,20 +168,19 @@ TEST(EveryRoutine, HasTheStatedOutcomeForEveryAllocationThatFails) {
 
 TEST(EveryRoutine, RunsBesideEveryOther) {
   constexpr unsigned threads = 8;
-  constexpr int m = 6;
-  ASSERT_EQ(init_ibitr(m), 0);
   std::vector<const Routine*> all;
   std::vector<std::vector<Outcome>> alone(threads);
   const auto conditions = [](const Routine& routine, unsigned thread) {
-    return Conditions{.size = routine.sizes.typical == 10 ? m : routine.sizes.typical,
-                      .variant = thread};
+    return Conditions{.size = routine.sizes.typical, .variant = thread};
   };
   for (const Routine& routine : routines()) {
-    if (!routine.traits.is_shared) {
-      all.push_back(&routine);
-      for (unsigned thread = 0; thread < threads; ++thread) {
-        alone[thread].push_back(routine.outcome(conditions(routine, thread)));
-      }
+    if (routine.traits.is_shared) {
+      continue;
+    }
+    all.push_back(&routine);
+    build_tables(routine, routine.sizes.typical);
+    for (unsigned thread = 0; thread < threads; ++thread) {
+      alone[thread].push_back(routine.outcome(conditions(routine, thread)));
     }
   }
   std::barrier pair_done(threads);
