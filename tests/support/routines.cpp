@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
@@ -118,15 +119,18 @@ T Call::number(std::size_t i, std::size_t count) {
     return static_cast<T>(engine_());
   } else {
     using Limits = std::numeric_limits<std::conditional_t<std::is_same_v<T, float>, float, double>>;
-    const T sizes[] = {
-        T{1}, T{1}, T{1}, T{Limits::max()} / 8, T{Limits::min()}, 50 * T{Limits::denorm_min()}};
+    const T least = Limits::min();
+    const T scales[] = {1, 1, 1, Limits::max() / 4, 4 * least, least / 1000, 1};
     switch (given_.data) {
       case impulse:
         return i == count / 3 ? T{1} : T{0};
       case tone:
         return static_cast<T>(std::cos(31.4 * static_cast<double>(i) / static_cast<double>(count)));
       default:
-        return std::normal_distribution<T>()(engine_) * sizes[given_.data];
+        const T value = static_cast<T>(number<std::int64_t>()) * T{0x1p-63} * scales[given_.data];
+        return given_.data != not_finite || (i > 0 && i + 1 < count) ? value
+               : i > 0                                               ? Limits::quiet_NaN()
+                                                                     : Limits::infinity();
     }
   }
 }

@@ -14,7 +14,7 @@
 
 #include "failing_allocations.h"
 
-enum Data { noise, impulse, tone, huge, tiny, subnormal, kinds_of_data };
+enum Data { noise, impulse, tone, huge, tiny, subnormal, not_finite, kinds_of_data };
 
 /// What a check decides about a call.
 struct Conditions {
