@@ -250,7 +250,7 @@ int integer(Call& c, char role, std::ptrdiff_t elements) {
       {'W', {c.raster != nullptr ? c.raster->width : 0}, {}},
       {'H', {c.raster != nullptr ? c.raster->height : 0}, {}},
       {'v', {c.number<int>() % 23 + 18}, {}},
-      {'s', {n / 3, -(n / 2), n}, {longer, -(n / 2) * 3 - 3, INT_MIN, INT_MAX}},
+      {'s', {n / 3, -(n / 2), n}, {longer, static_cast<int>(-1LL - n), INT_MIN, INT_MAX}},
       {'j', {1, n / 2 + 1, n}, {0, -1, INT_MAX}},
       {'k', {1, 2, 3, 4, 5}, {0, 6, -1}},
       {'g', {1, 4, 2, 3, 0}, {-1, 5, INT_MAX}},
