@@ -32,11 +32,6 @@ double relative_difference(const std::vector<Ours>& ours, const std::vector<Peer
   return std::sqrt(difference / norm);
 }
 
-/// Lengths that nobody waits for measured plans of.
-unsigned planning(int n) {
-  return n > 1 << 20 ? FFTW_ESTIMATE : FFTW_MEASURE;
-}
-
 struct DoubleFftw {
   static constexpr auto name = "FFTW";
   using Plan = fftw_plan;
@@ -44,9 +39,10 @@ struct DoubleFftw {
     auto* const complex = reinterpret_cast<fftw_complex*>(data);
     return fftw_plan_dft_2d(rows, columns, complex, complex, FFTW_FORWARD, FFTW_MEASURE);
   }
-  static Plan split(int n, double* re, double* im) {
+  /// A forward transform; the inverse one is that of the parts in each other's place.
+  static Plan split(int n, double* re, double* im, unsigned planning) {
     const fftw_iodim dimension{n, 1, 1};
-    return fftw_plan_guru_split_dft(1, &dimension, 0, nullptr, re, im, re, im, planning(n));
+    return fftw_plan_guru_split_dft(1, &dimension, 0, nullptr, re, im, re, im, planning);
   }
   static void run(Plan plan) { fftw_execute(plan); }
   static void destroy(Plan plan) { fftw_destroy_plan(plan); }
@@ -59,13 +55,13 @@ struct FloatFftw {
     auto* const complex = reinterpret_cast<fftwf_complex*>(data);
     return fftwf_plan_dft_2d(rows, columns, complex, complex, FFTW_FORWARD, FFTW_ESTIMATE);
   }
-  static Plan split(int n, float* re, float* im) {
+  static Plan split(int n, float* re, float* im, unsigned planning) {
     const fftwf_iodim dimension{n, 1, 1};
-    return fftwf_plan_guru_split_dft(1, &dimension, 0, nullptr, re, im, re, im, planning(n));
+    return fftwf_plan_guru_split_dft(1, &dimension, 0, nullptr, re, im, re, im, planning);
   }
-  static Plan interleaved(int n, float* data) {
+  static Plan interleaved(int n, float* data, int sign, unsigned planning) {
     auto* const complex = reinterpret_cast<fftwf_complex*>(data);
-    return fftwf_plan_dft_1d(n, complex, complex, FFTW_FORWARD, planning(n));
+    return fftwf_plan_dft_1d(n, complex, complex, sign, planning);
   }
   static void run(Plan plan) { fftwf_execute(plan); }
   static void destroy(Plan plan) { fftwf_destroy_plan(plan); }
@@ -77,16 +73,22 @@ auto owned(typename Fftw::Plan plan) {
   return std::shared_ptr<std::remove_pointer_t<typename Fftw::Plan>>(plan, Fftw::destroy);
 }
 
-/// A forward transform of 2·n reals: real parts then imaginary parts, or interleaved.
-template <class Real, class Fftw, class Plan, class Ours>
-Piece line_piece(const std::string& name, int m, double target, Plan plan, Ours ours) {
+enum class Direction { forward, inverse };
+
+/// A table-driven transform of 2·n reals: real parts then imaginary parts, or interleaved. FFTW
+/// does not divide the results of an inverse transform, as ours does.
+template <class Real, class Plan, class Ours>
+Piece line_piece(const std::string& name, int m, double target, Direction direction, Plan plan,
+                 Ours ours) {
+  using Fftw = std::conditional_t<std::is_same_v<Real, double>, DoubleFftw, FloatFftw>;
   const std::size_t n = std::size_t{1} << m;
+  const Real divisor = direction == Direction::inverse ? static_cast<Real>(n) : Real{1};
   auto data = std::make_shared<std::vector<Real>>(2 * n);
   auto peers = std::make_shared<std::vector<Real>>(2 * n);
   const auto peer_plan = owned<Fftw>(plan(static_cast<int>(n), peers->data()));
   return {name + "/" + std::to_string(m),
           [=] { ours(data->data(), n, m); },
-          {"FFTW", [=] { Fftw::run(peer_plan.get()); }, m > 20 ? 0.8 : target},
+          {"FFTW", [=] { Fftw::run(peer_plan.get()); }, target},
           [=](bool timing) {
             for (std::size_t i = 0; i < 2 * n; ++i) {
               (*data)[i] = (*peers)[i] = timing ? Real{0} : sample<Real>(i);
@@ -94,42 +96,120 @@ Piece line_piece(const std::string& name, int m, double target, Plan plan, Ours 
             // Tables serve one length at a time, and repetitions of all lengths are interleaved.
             init_ibitr(m);
           },
-          [=] { return relative_difference(*data, *peers); },
+          [=] {
+            for (Real& value : *peers) {
+              value /= divisor;
+            }
+            return relative_difference(*data, *peers);
+          },
           static_cast<double>(std::numeric_limits<Real>::epsilon()) * 8};
 }
 
-/// A transform of a split pair without tables, on elements of type Stored, against the libm calls
-/// it needs and the table-driven transform of the width it computes in.
+/// One length in all layouts.
+void add_line_pieces(std::vector<Piece>& pieces, int m, Direction direction, unsigned planning,
+                     const std::string& note = "") {
+  const bool forward = direction == Direction::forward;
+  const std::string name = (forward ? "fft_Fast " : "ifft_Fast ") + note;
+  // What is to be reached on average stands in table.py.
+  const double split = planning == FFTW_ESTIMATE ? 0.8 : 1.0;
+  const double interleaved = planning == FFTW_ESTIMATE ? 0.8 : 0.0;
+  pieces.push_back(line_piece<double>(
+      name + "double split", m, split, direction,
+      [=](int n, double* data) {
+        double* const im = data + n;
+        return DoubleFftw::split(n, forward ? data : im, forward ? im : data, planning);
+      },
+      [=](double* data, std::size_t n, int e) {
+        forward ? fft_Fast(data, data + n, e) : ifft_Fast(data, data + n, e);
+      }));
+  pieces.push_back(line_piece<float>(
+      name + "float split", m, split, direction,
+      [=](int n, float* data) {
+        float* const im = data + n;
+        return FloatFftw::split(n, forward ? data : im, forward ? im : data, planning);
+      },
+      [=](float* data, std::size_t n, int e) {
+        forward ? fft_Fast(data, data + n, e) : ifft_Fast(data, data + n, e);
+      }));
+  pieces.push_back(line_piece<float>(
+      name + "float interleaved", m, interleaved, direction,
+      [=](int n, float* data) {
+        return FloatFftw::interleaved(n, data, forward ? FFTW_FORWARD : FFTW_BACKWARD, planning);
+      },
+      [=](float* data, std::size_t, int e) { forward ? fft_Fast(data, e) : ifft_Fast(data, e); }));
+}
+
+/// What a transform without tables needs at least: the libm calls, and a table-driven transform.
+template <class Computed>
+struct LibmAndTable {
+  explicit LibmAndTable(int exponent) : m(exponent) {}
+
+  void run() {
+    const auto two_pi = static_cast<Computed>(6.283185307179586);
+    for (std::size_t i = 0; i < n / 2; ++i) {
+      const Computed x = two_pi * static_cast<Computed>(i) / static_cast<Computed>(n);
+      twiddles[2 * i] = std::cos(x);
+      twiddles[2 * i + 1] = std::sin(x);
+    }
+    fft_Fast(data.data(), data.data() + n, m);
+  }
+
+  int m;
+  std::size_t n = std::size_t{1} << m;
+  std::vector<Computed> data = std::vector<Computed>(2 * n);
+  std::vector<Computed> twiddles = std::vector<Computed>(n);
+};
+
+/// A transform of a split pair without tables, on elements of type Stored, against what it needs in
+/// the width it computes in.
 template <class Stored, class Computed, class Ours>
-Piece reference_piece(const std::string& name, int m, double target, Ours ours) {
+Piece reference_piece(const std::string& name, int m, double target,
+                      std::shared_ptr<LibmAndTable<Computed>> peer, Ours ours) {
   const std::size_t n = std::size_t{1} << m;
   auto data = std::make_shared<std::vector<Stored>>(2 * n);
-  auto peers = std::make_shared<std::vector<Computed>>(2 * n);
-  auto twiddles = std::make_shared<std::vector<Computed>>(n);
   const auto rounded = std::max(static_cast<double>(std::numeric_limits<Stored>::epsilon()),
                                 target > 1.2 ? 0x1p-24 : 0.0);
   return {name + "/" + std::to_string(m),
           [=] { ours(data->data(), data->data() + n, m); },
-          {"libm+table",
-           [=] {
-             const auto two_pi = static_cast<Computed>(6.283185307179586);
-             for (std::size_t i = 0; i < n / 2; ++i) {
-               const Computed x = two_pi * static_cast<Computed>(i) / static_cast<Computed>(n);
-               (*twiddles)[2 * i] = std::cos(x);
-               (*twiddles)[2 * i + 1] = std::sin(x);
-             }
-             fft_Fast(peers->data(), peers->data() + n, m);
-           },
-           target},
+          {"libm+table", [=] { peer->run(); }, target},
           [=](bool timing) {
             for (std::size_t i = 0; i < 2 * n; ++i) {
               (*data)[i] = timing ? Stored{0} : sample<Stored>(i);
-              (*peers)[i] = static_cast<Computed>((*data)[i]);
+              peer->data[i] = static_cast<Computed>((*data)[i]);
             }
             init_ibitr(m);
           },
-          [=] { return relative_difference(*data, *peers); },
+          [=] { return relative_difference(*data, peer->data); },
           8 * rounded};
+}
+
+/// Those of one length, beside one peer for each width. An inverse transform of a split pair is the
+/// forward one of the exchanged pair.
+void add_reference_pieces(std::vector<Piece>& pieces, int m) {
+  using Double = double*;
+  using Float = float*;
+  constexpr double forward = 1.15;
+  constexpr double rounding = 1.35;
+  const auto wide = std::make_shared<LibmAndTable<double>>(m);
+  const auto narrow = std::make_shared<LibmAndTable<float>>(m);
+  pieces.push_back(reference_piece<double>("fft double", m, forward, wide,
+                                           [](Double re, Double im, int e) { fft(re, im, e); }));
+  pieces.push_back(
+      reference_piece<double>("member fft double", m, forward, wide,
+                              [](Double re, Double im, int e) { CFFTClass().fft(re, im, e); }));
+  pieces.push_back(reference_piece<float>("fft float split", m, forward, narrow,
+                                          [](Float re, Float im, int e) { fft(re, im, e); }));
+  pieces.push_back(reference_piece<double>("ifft double", m, rounding, wide,
+                                           [](Double re, Double im, int e) { ifft(im, re, e); }));
+  pieces.push_back(
+      reference_piece<double>("member ifft double", m, rounding, wide,
+                              [](Double re, Double im, int e) { CFFTClass().ifft(im, re, e); }));
+  pieces.push_back(
+      reference_piece<float>("member fft float", m, rounding, wide,
+                             [](Float re, Float im, int e) { CFFTClass().fft(re, im, e); }));
+  pieces.push_back(
+      reference_piece<float>("member ifft float", m, rounding, wide,
+                             [](Float re, Float im, int e) { CFFTClass().ifft(im, re, e); }));
 }
 
 /// A raster, padded, transformed and divided by both sides; `Width` is the peer's arithmetic.
@@ -196,6 +276,9 @@ void add_raster_pieces(std::vector<Piece>& pieces, int width, int height) {
   const double same_width = width < 1024 ? 1.6 : 1.3;
   pieces.push_back(raster_piece<DoubleFftw, double, float, std::int16_t>(
       "FFT_2D int16", TD_INT16, width, height, same_width));
+  if (width == 8192) {
+    return;  // to see how the ratio grows
+  }
   pieces.push_back(raster_piece<FloatFftw, float, float, std::int16_t>("FFT_2D int16", TD_INT16,
                                                                        width, height, 0.25));
   pieces.push_back(raster_piece<DoubleFftw, double, float, std::complex<float>>(
@@ -206,45 +289,19 @@ void add_raster_pieces(std::vector<Piece>& pieces, int width, int height) {
 
 std::vector<Piece> all_pieces() {
   std::vector<Piece> pieces;
-  for (int m = 6; m <= 24; ++m) {
-    pieces.push_back(line_piece<double, DoubleFftw>(
-        "fft_Fast double split", m, 0.75,
-        [](int n, double* data) { return DoubleFftw::split(n, data, data + n); },
-        [](double* data, std::size_t n, int e) { fft_Fast(data, data + n, e); }));
-    pieces.push_back(line_piece<float, FloatFftw>(
-        "fft_Fast float split", m, 0.75,
-        [](int n, float* data) { return FloatFftw::split(n, data, data + n); },
-        [](float* data, std::size_t n, int e) { fft_Fast(data, data + n, e); }));
-    pieces.push_back(
-        line_piece<float, FloatFftw>("fft_Fast float interleaved", m, 1.1, FloatFftw::interleaved,
-                                     [](float* data, std::size_t, int e) { fft_Fast(data, e); }));
+  for (int m = 6; m <= 20; ++m) {
+    add_line_pieces(pieces, m, Direction::forward, FFTW_MEASURE);
+    add_line_pieces(pieces, m, Direction::inverse, FFTW_MEASURE);
   }
-  // An inverse transform of a split pair is the forward one of the exchanged pair.
+  for (int m = 21; m <= 24; ++m) {
+    add_line_pieces(pieces, m, Direction::forward, FFTW_ESTIMATE);
+  }
+  // A length that few wait for a measured plan of: to see how the ratios grow.
+  add_line_pieces(pieces, 24, Direction::forward, FFTW_MEASURE, "planned ");
   for (int m = 8; m <= 20; m += 2) {
-    constexpr double forward = 1.15;
-    constexpr double rounding = 1.35;
-    using Double = double*;
-    using Float = float*;
-    pieces.push_back(reference_piece<double, double>(
-        "fft double", m, forward, [](Double re, Double im, int e) { fft(re, im, e); }));
-    pieces.push_back(reference_piece<double, double>(
-        "member fft double", m, forward,
-        [](Double re, Double im, int e) { CFFTClass().fft(re, im, e); }));
-    pieces.push_back(reference_piece<float, float>(
-        "fft float split", m, forward, [](Float re, Float im, int e) { fft(re, im, e); }));
-    pieces.push_back(reference_piece<double, double>(
-        "ifft double", m, rounding, [](Double re, Double im, int e) { ifft(im, re, e); }));
-    pieces.push_back(reference_piece<double, double>(
-        "member ifft double", m, rounding,
-        [](Double re, Double im, int e) { CFFTClass().ifft(im, re, e); }));
-    pieces.push_back(reference_piece<float, double>(
-        "member fft float", m, rounding,
-        [](Float re, Float im, int e) { CFFTClass().fft(re, im, e); }));
-    pieces.push_back(reference_piece<float, double>(
-        "member ifft float", m, rounding,
-        [](Float re, Float im, int e) { CFFTClass().ifft(im, re, e); }));
+    add_reference_pieces(pieces, m);
   }
-  for (const int side : {512, 1024, 2048, 4096}) {
+  for (const int side : {512, 1024, 2048, 4096, 8192}) {
     add_raster_pieces(pieces, side, side);
   }
   add_raster_pieces(pieces, 1000, 600);
