@@ -172,10 +172,11 @@ void Call::run(const std::function<double()>& body) {
     const unsigned char *const was = before[i].data(), *const is = block.memory.get();
     const std::size_t end = block.begin + block.bytes;
     const bool is_equal = std::equal(is + block.begin, is + end, was + block.begin);
-    EXPECT_TRUE(std::equal(is, is + block.begin, was)) << "written before array " << i;
-    EXPECT_TRUE(std::equal(is + end, is + block.room, was + end)) << "written after array " << i;
+    EXPECT_TRUE(std::equal(is, is + block.begin, was)) << running << " wrote before array " << i;
+    EXPECT_TRUE(std::equal(is + end, is + block.room, was + end))
+        << running << " wrote after array " << i;
     if (block.role == input) {
-      EXPECT_TRUE(is_equal) << "changed input " << i;
+      EXPECT_TRUE(is_equal) << running << " changed input " << i;
     } else {
       outcome.untouched = outcome.untouched && is_equal;
       block.record(is + block.begin, block.bytes, outcome.values);
@@ -481,7 +482,7 @@ void add_transforms() {
       "CFFTClass::operator=(CFFTClass const&)\nCFFTClass::~CFFTClass()\n"
       "typeinfo for CFFTClass\ntypeinfo name for CFFTClass\nvtable for CFFTClass",
       "n", {}, life_of_object);
-  add_named("delete_ibitr()\ninit_ibitr(int)", "xxm",
+  add_named("init_ibitr(int)\ndelete_ibitr()", "xxm",
             {.kernels_from = 4, .needed = 4, .failed = nan, .is_shared = true},
             build_tables_and_use);
 }
