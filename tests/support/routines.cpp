@@ -199,7 +199,7 @@ Outcome Routine::outcome(const Conditions& conditions) const {
 
 /// Rows of 2^size pixels that lie apart, and those of a smaller raster that is padded to them. As a
 /// meter it notes steps and the range. A caption may be lost for want of storage, but not its end.
-class Call::Raster : public CMeterInfo {
+class Call::Raster final : public CMeterInfo {
  public:
   Raster(Call& c, bool is_forward)
       : width(c.size < 0    ? c.size
