@@ -83,7 +83,7 @@ class WatchingMeter : public CMeterInfo {
     const int column = steps++ - 128;
     if (column >= 0 && raster != nullptr) {
       early += raster[2 * column] != done[2 * column];
-      late += column + 64 < 128 && raster[2 * column + 128] == done[2 * column + 128];
+      late += column + 32 < 128 && raster[2 * column + 64] == done[2 * column + 64];
     }
   }
 
