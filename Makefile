@@ -5,7 +5,9 @@ PREFIX = /usr/local
 DEMO_DIR = demo
 
 BUILD_PACKAGES = g++ cmake ninja-build libgdal-dev libcli11-dev nlohmann-json3-dev
-TEST_PACKAGES = $(BUILD_PACKAGES) libgtest-dev libgmock-dev pkgconf
+TEST_PACKAGES = $(BUILD_PACKAGES) libgtest-dev libgmock-dev pkgconf python3
+PACKAGE_PACKAGES = $(DOCS_PACKAGES) dpkg-dev file gzip lintian
+DOCS_PACKAGES = $(BUILD_PACKAGES) python3 doxygen doxygen-awesome-css
 LINT_PACKAGES = $(TEST_PACKAGES) clang clang-format clang-tidy
 BENCH_PACKAGES = $(BUILD_PACKAGES) libbenchmark-dev libfftw3-dev libopenblas-dev \
   liblapacke-dev pkgconf gdal-bin python3-gdal python3-numpy
@@ -13,7 +15,7 @@ BENCH_PACKAGES = $(BUILD_PACKAGES) libbenchmark-dev libfftw3-dev libopenblas-dev
 # How many processes a build and a test run may use.
 JOBS = $$(nproc 2>/dev/null || echo 2)
 
-.PHONY: help demo test bench lint install clean
+.PHONY: help demo test bench lint docs package test-package install clean
 
 help:
 	@echo 'make demo                simulate a radar scene, multilook it, show its spectrum'
@@ -22,6 +24,9 @@ help:
 	@echo 'make bench               time the library against FFTW, OpenBLAS, GDAL, NumPy and memory'
 	@echo '                         (one table of ratios; JSON in build/bench)'
 	@echo 'make lint                check the format of the sources and run clang-tidy'
+	@echo 'make docs                write the site of documents and reference, build/docs/docs/site'
+	@echo 'make package             build Debian packages, build/package/*.deb'
+	@echo 'make test-package        install, use and remove them in a clean system (as root)'
 	@echo 'make install PREFIX=dir  install libraries, headers and the tool (default /usr/local)'
 	@echo 'make clean               remove the build folders and what the demo wrote'
 
@@ -52,14 +57,37 @@ bench:
 	@sh cmake/install_packages.sh $(BENCH_PACKAGES)
 	cmake --preset bench
 	cmake --build --preset bench --parallel "$(JOBS)" \
-	  --target transforms_bench numeric_bench linalg_bench sarnum_tool
-	for name in transforms numeric linalg; do \
+	  --target transforms_bench numeric_bench linalg_bench multilook_bench sarnum_tool
+	for name in transforms numeric linalg multilook; do \
 	  build/bench/bench/$${name}_bench build/bench/$$name.json || exit 1; \
 	done
 	/usr/bin/python3 bench/tool_bench.py build/bench/tools/sarnum/sarnum build/bench/rasters \
 	  build/bench/tool.json
 	/usr/bin/python3 bench/table.py build/bench/all.json \
-	  build/bench/transforms.json build/bench/numeric.json build/bench/linalg.json build/bench/tool.json
+	  build/bench/transforms.json build/bench/numeric.json build/bench/linalg.json \
+	  build/bench/multilook.json build/bench/tool.json
+
+docs:
+	@sh cmake/install_packages.sh $(DOCS_PACKAGES)
+	@cmake -S . -B build/docs -G Ninja -DCMAKE_BUILD_TYPE=Release \
+	  -DSARNUM_BUILD_TOOLS=ON -DSARNUM_BUILD_EXAMPLES=ON --log-level=WARNING >/dev/null
+	cmake --build build/docs --parallel "$(JOBS)" --target docs
+	@echo 'The site is build/docs/docs/site/index.html'
+
+package:
+	@sh cmake/install_packages.sh $(PACKAGE_PACKAGES)
+	@cmake -S . -B build/package -G Ninja -DCMAKE_BUILD_TYPE=Release -DCMAKE_INSTALL_PREFIX=/usr \
+	  -DCMAKE_SKIP_INSTALL_RPATH=ON -DCMAKE_INSTALL_DOCDIR=share/doc/sarnum-doc \
+	  -DSARNUM_BUILD_TOOLS=ON -DSARNUM_BUILD_EXAMPLES=ON --log-level=WARNING >/dev/null
+	cmake --build build/package --parallel "$(JOBS)" --target all docs
+	cd build/package && rm -f *.deb && cpack >cpack.log || { cat cpack.log; exit 1; }
+	lintian --fail-on error build/package/*.deb
+	@ls build/package/*.deb
+
+# As root: a whole system is set up for it, in a folder.
+test-package: package
+	@sh cmake/install_packages.sh debootstrap
+	sh tests/package/clean_root.sh build/package '$(CURDIR)/build/clean_root' README.md
 
 install:
 	@sh cmake/install_packages.sh $(BUILD_PACKAGES)

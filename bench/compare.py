@@ -10,7 +10,8 @@ import sys
 
 def ratios(path):
     with open(path, encoding="utf-8") as file:
-        return {row["work"]: row["ratio"] for row in json.load(file)["rows"]}
+        rows = json.load(file)["rows"]
+        return {f"{row['work']}, {row['peer']}": row["ratio"] for row in rows}
 
 
 def main():
@@ -20,16 +21,16 @@ def main():
         old, new = ratios(sys.argv[1]), ratios(sys.argv[2])
     except (OSError, ValueError, KeyError) as error:
         sys.exit(f"compare.py: {error!r}: expected two files that make bench has written")
-    print(f"{'work':<40} {'old':>7} {'new':>7} {'change':>7}")
+    print(f"{'work':<52} {'old':>7} {'new':>7} {'change':>7}")
     for work, ratio in new.items():
         if work not in old:
-            print(f"{work:<40} {'':>7} {ratio:7.2f}")
+            print(f"{work:<52} {'':>7} {ratio:7.2f}")
             continue
         change = ratio / old[work]
         mark = "+" if change > 1.1 else "-" if change < 1 / 1.1 else " "
-        print(f"{work:<40} {old[work]:7.2f} {ratio:7.2f} {change:7.2f} {mark}")
-    for work in old.keys() - new.keys():
-        print(f"{work:<40} {old[work]:7.2f} {'gone':>7}")
+        print(f"{work:<52} {old[work]:7.2f} {ratio:7.2f} {change:7.2f} {mark}")
+    for work in sorted(old.keys() - new.keys()):
+        print(f"{work:<52} {old[work]:7.2f} {'gone':>7}")
 
 
 if __name__ == "__main__":

@@ -6,8 +6,9 @@
 //
 // The other routines, and sums of long arrays, move data. Work that reads R bytes and writes W
 // bytes stands beside a memcpy of (R + W)/2 bytes, which reads as many and writes as many and so
-// touches R + W bytes as well ("memcpy"). What is read twice counts twice. Where the machine writes
-// faster than it reads, work that only reads, as sums and scans, has the worse part of that.
+// touches R + W bytes as well ("memcpy"). What is read twice counts twice. Long sums have no
+// target: they wait for additions and for memory. Where the machine writes faster than it reads,
+// work that only reads, as sums and scans, has the worse part of that.
 #include <sarnum/sarnum.h>
 
 #include <algorithm>
@@ -72,9 +73,9 @@ Peer additions(const Arrays& data, int n) {
 }
 
 /// @param bytes  that our work touches.
-Peer memcpy_touching(Arrays& data, std::size_t bytes) {
+Peer memcpy_touching(Arrays& data, std::size_t bytes, double target = 1.5) {
   return {"memcpy", [=, &data] { std::memcpy(data.outputs.data(), data.inputs.data(), bytes / 2); },
-          1.5};
+          target};
 }
 
 /// A sum of n terms, for each of which `bytes` are read.
@@ -85,7 +86,7 @@ Piece sum_piece(Arrays& data, const std::string& name, std::size_t bytes, int n,
   return {.name = name + "/" + std::to_string(n),
           .ours = [=] { *result = ours(); },
           .peer = n == few ? additions(data, n)
-                           : memcpy_touching(data, bytes * static_cast<std::size_t>(n)),
+                           : memcpy_touching(data, bytes * static_cast<std::size_t>(n), 0.0),
           .difference = [=] { return std::abs(*result - definition()); }};
 }
 
@@ -172,18 +173,29 @@ Piece scan_piece(Arrays& data, const std::string& name, int (*ours)(double*, int
       });
 }
 
+/// The scan `ours` finds the value of such an element.
+template <class Precedes>
+Piece value_piece(Arrays& data, const std::string& name, double (*ours)(double*, int),
+                  Precedes precedes) {
+  auto value = std::make_shared<double>();
+  const double right = *std::min_element(data.a, data.a + many, precedes);
+  return memory_piece(
+      data, name, 8, [=, &data] { *value = ours(data.a, many); },
+      [=](int) { return std::abs(*value) == std::abs(right); });
+}
+
 void add_scans(Arrays& data, std::vector<Piece>& pieces) {
-  const double* const a = data.a;
-  auto least = std::make_shared<double>();
-  pieces.push_back(memory_piece(
-      data, "Min_mass", 8, [=, &data] { *least = Min_mass(data.a, many); },
-      [=, right = *std::min_element(a, a + many)](int) { return *least == right; }));
-  pieces.push_back(
-      scan_piece(data, "Max_mass_index", Max_mass_index, [](double x, double y) { return x > y; }));
-  pieces.push_back(scan_piece(data, "Min_mass_ABS_index", Min_mass_ABS_index,
-                              [](double x, double y) { return std::abs(x) < std::abs(y); }));
-  pieces.push_back(scan_piece(data, "Max_mass_ABS_index", Max_mass_ABS_index,
-                              [](double x, double y) { return std::abs(x) > std::abs(y); }));
+  const auto less = [](double x, double y) { return x < y; };
+  const auto greater = [](double x, double y) { return x > y; };
+  const auto nearer = [](double x, double y) { return std::abs(x) < std::abs(y); };
+  const auto farther = [](double x, double y) { return std::abs(x) > std::abs(y); };
+  pieces.push_back(value_piece(data, "Min_mass", Min_mass, less));
+  pieces.push_back(value_piece(data, "Max_mass", Max_mass, greater));
+  pieces.push_back(value_piece(data, "Min_mass_ABS", Min_mass_ABS, nearer));
+  pieces.push_back(value_piece(data, "Max_mass_ABS", Max_mass_ABS, farther));
+  pieces.push_back(scan_piece(data, "Max_mass_index", Max_mass_index, greater));
+  pieces.push_back(scan_piece(data, "Min_mass_ABS_index", Min_mass_ABS_index, nearer));
+  pieces.push_back(scan_piece(data, "Max_mass_ABS_index", Max_mass_ABS_index, farther));
 }
 
 void add_element_wise(Arrays& data, std::vector<Piece>& pieces) {

@@ -10,7 +10,6 @@ import sys
 
 WIDTH, HEIGHT, LEFT, RIGHT, TOP, BOTTOM = 720, 400, 60, 170, 40, 50
 SERIES = {"double split": "#1b6ca8", "float split": "#c0392b", "float interleaved": "#3c8d40"}
-HIGHEST = 1.5
 
 
 def points(path):
@@ -28,6 +27,7 @@ def main():
     if len(sys.argv) != 2:
         sys.exit(__doc__.splitlines()[0])
     lines = points(sys.argv[1])
+    highest = max(1.5, *(ratio for line in lines.values() for _, ratio in line))
     lengths = [m for line in lines.values() for m, _ in line]
     if not lengths:
         sys.exit("performance_plot.py: the file has no rows of fft_Fast")
@@ -37,7 +37,7 @@ def main():
         return LEFT + (m - first) / max(last - first, 1) * (WIDTH - LEFT - RIGHT)
 
     def y(ratio):
-        return HEIGHT - BOTTOM - min(ratio, HIGHEST) / HIGHEST * (HEIGHT - TOP - BOTTOM)
+        return HEIGHT - BOTTOM - ratio / highest * (HEIGHT - TOP - BOTTOM)
 
     def text(at_x, at_y, words, anchor="middle", colour="#333"):
         print(f'<text x="{at_x:.1f}" y="{at_y:.1f}" text-anchor="{anchor}" fill="{colour}">{words}</text>')
@@ -46,7 +46,7 @@ def main():
           'font-family="sans-serif" font-size="13">')
     print(f'<rect width="{WIDTH}" height="{HEIGHT}" fill="white"/>')
     text(LEFT, 22, "Time of fft_Fast ÷ time of FFTW (lower is faster)", "start")
-    for tenth in range(0, int(HIGHEST * 4) + 1):
+    for tenth in range(0, int(highest * 4) + 1):
         ratio = tenth / 4
         strong = ratio == 1.0
         print(f'<line x1="{LEFT}" x2="{WIDTH - RIGHT}" y1="{y(ratio):.1f}" y2="{y(ratio):.1f}" '
@@ -55,6 +55,11 @@ def main():
     for m in range(first, last + 1, 2):
         text(x(m), HEIGHT - BOTTOM + 20, str(m))
     text((LEFT + WIDTH - RIGHT) / 2, HEIGHT - 10, "m (length 2^m)")
+    if first <= 20 < last:
+        print(f'<line x1="{x(20.5):.1f}" x2="{x(20.5):.1f}" y1="{TOP}" y2="{HEIGHT - BOTTOM}" '
+              'stroke="#999" stroke-dasharray="4 4"/>')
+        text(x(20.5) - 6, TOP + 14, "plans measured", "end", "#666")
+        text(x(20.5) + 6, TOP + 14, "guessed", "start", "#666")
     for number, (layout, colour) in enumerate(SERIES.items()):
         line = lines[layout]
         path = " ".join(f"{x(m):.1f},{y(ratio):.1f}" for m, ratio in line)

@@ -7,6 +7,7 @@
 
 namespace sarnum {
 
+/// What build_info() tells.
 struct BuildInfo {
   const char* version;          ///< "major.minor.patch"
   const char* instruction_set;  ///< level the numerical kernels run at on this CPU

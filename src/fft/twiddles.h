@@ -45,9 +45,9 @@ struct LaneOrder {
   std::size_t lanes() const { return std::size_t{1} << v; }
   std::size_t vectors() const { return ((std::size_t{1} << m) / 2) >> v; }
 
-  /// Index of the first angle of a vector.
-  std::size_t first_angle(std::size_t vector) const {
-    return static_cast<std::size_t>(reverse_low_bits(static_cast<int>(vector), m - 1 - v)) << v;
+  /// The vector that holds the i-th lanes() angles.
+  std::size_t vector_of(std::size_t i) const {
+    return static_cast<std::size_t>(reverse_low_bits(static_cast<int>(i), m - 1 - v));
   }
 
   /// Where the cosine of a group stands; its sine stands lanes() further on.
@@ -61,12 +61,13 @@ struct LaneOrder {
   /// @param twiddle_at the twiddle of an angle, by index.
   template <class Real, class TwiddleAt>
   void fill(Real* table, const TwiddleAt& twiddle_at) const {
-    for (std::size_t vector = 0; vector < vectors(); ++vector) {
-      const std::size_t first = first_angle(vector);
+    // By ascending angles: sines and cosines branch by their size, which a CPU then foresees.
+    for (std::size_t i = 0; i < vectors(); ++i) {
+      Real* const vector = table + 2 * lanes() * vector_of(i);
       for (std::size_t lane = 0; lane < lanes(); ++lane) {
-        const auto twiddle = twiddle_at(first + lane);
-        table[2 * lanes() * vector + lane] = static_cast<Real>(twiddle.c);
-        table[2 * lanes() * vector + lanes() + lane] = static_cast<Real>(twiddle.s);
+        const auto twiddle = twiddle_at(i * lanes() + lane);
+        vector[lane] = static_cast<Real>(twiddle.c);
+        vector[lanes() + lane] = static_cast<Real>(twiddle.s);
       }
     }
   }

@@ -3,16 +3,16 @@
 # other than its own, does not bring its own along, and works for an application of that host.
 set -eu
 source_dir=$1 work=$2 compiler=$3 generator=$4
-host_dir=$(cd "$(dirname "$0")" && pwd)/external_host
+host_dir=$source_dir/examples/own_host
 
 rm -rf "$work"
 mkdir -p "$work"
-host="$work/libminimal_host.so"
-"$compiler" -std=c++17 -Wall -Wextra -fPIC -shared -o "$host" "$host_dir/minimal_host.cpp"
+host="$work/libown_host.so"
+"$compiler" -std=c++17 -Wall -Wextra -fPIC -shared -o "$host" "$host_dir/own_host.cpp"
 
 cmake -S "$source_dir" -B "$work/sarnum" -G "$generator" -DCMAKE_CXX_COMPILER="$compiler" \
   -DCMAKE_BUILD_TYPE=Debug -DCMAKE_INSTALL_LIBDIR=lib -DSARNUM_HOST=external \
-  -DSARNUM_HOST_HEADER=minimal_host.h -DSARNUM_HOST_INCLUDE_DIR="$host_dir" \
+  -DSARNUM_HOST_HEADER=own_host.h -DSARNUM_HOST_INCLUDE_DIR="$host_dir" \
   -DSARNUM_HOST_LIBRARY="$host" >"$work/configure.log"
 cmake --build "$work/sarnum"
 cmake --install "$work/sarnum" --prefix "$work/prefix" >"$work/install.log"
@@ -29,7 +29,7 @@ cmake --build "$work/application"
 
 echo "== pkg-config"
 export PKG_CONFIG_PATH="$work/prefix/lib/pkgconfig" LD_LIBRARY_PATH="$work/prefix/lib:$work"
-eval "\"\$compiler\" -std=c++17 \"\$host_dir/main.cpp\" -I\"\$host_dir\" -o \"\$work/by_pkg_config\" \
+eval "\"\$compiler\" -std=c++17 \"\$host_dir/application.cpp\" -I\"\$host_dir\" -o \"\$work/by_pkg_config\" \
   $(pkg-config --cflags --libs sarnum) \"\$host\""
 "$work/by_pkg_config"
 

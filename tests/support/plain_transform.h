@@ -71,30 +71,48 @@ void alternate_signs(Stored* re, Stored* im, int n) {
   }
 }
 
-/// ‖actual − expected‖ / ‖expected‖, where a discrete Fourier transform of the line, by its
-/// definition, in long double, from frequency `first` on and divided, is what is expected. Real
-/// parts come before imaginary parts.
+using Exact = std::vector<std::complex<long double>>;
+
+/// The discrete Fourier transform of a line whose real parts come before its imaginary parts, in
+/// long double, by even and odd samples: another order than the definition above has.
+inline Exact exact_transform(const Exact& line, bool inverse) {
+  const std::size_t n = line.size();
+  if (n == 1) {
+    return line;
+  }
+  Exact halves[2], all(n);
+  for (std::size_t i = 0; i < n; ++i) {
+    halves[i % 2].push_back(line[i]);
+  }
+  const Exact even = exact_transform(halves[0], inverse);
+  const Exact odd = exact_transform(halves[1], inverse);
+  const long double step = (inverse ? 2 : -2) * std::acos(-1.0L) / static_cast<long double>(n);
+  for (std::size_t k = 0; k < n / 2; ++k) {
+    const auto turned = std::polar(1.0L, step * static_cast<long double>(k)) * odd[k];
+    all[k] = even[k] + turned;
+    all[k + n / 2] = even[k] - turned;
+  }
+  return all;
+}
+
 template <class Stored>
-long double relative_error(const std::vector<Stored>& actual, const std::vector<Stored>& line,
-                           bool inverse, std::size_t first, long double divisor) {
-  using Complex = std::complex<long double>;
-  const std::size_t n = line.size() / 2;
-  const long double turn = (inverse ? 2.0L : -2.0L) * std::acos(-1.0L);
-  std::vector<Complex> roots;
-  for (std::size_t k = 0; k < n; ++k) {
-    roots.push_back(std::polar(1.0L / divisor,
-                               turn * static_cast<long double>(k) / static_cast<long double>(n)));
+Exact complex_line(const std::vector<Stored>& line) {
+  Exact values;
+  for (std::size_t i = 0; i < line.size() / 2; ++i) {
+    values.emplace_back(line[i], line[line.size() / 2 + i]);
   }
+  return values;
+}
+
+/// ‖actual − expected‖ / ‖expected‖; both begin at frequency `first`.
+inline double relative_error(const Exact& actual, const Exact& expected, std::size_t first = 0) {
   long double difference = 0, norm = 0;
-  for (std::size_t k = 0; k < n; ++k) {
-    Complex sum;
-    for (std::size_t i = 0; i < n; ++i) {
-      sum += Complex(line[i], line[n + i]) * roots[(k + first) * i % n];
-    }
-    difference += std::norm(Complex(actual[k], actual[n + k]) - sum);
-    norm += std::norm(sum);
+  for (std::size_t k = 0; k < actual.size(); ++k) {
+    const auto& right = expected[(k + first) % expected.size()];
+    difference += std::norm(actual[k] - right);
+    norm += std::norm(right);
   }
-  return std::sqrt(difference / norm);
+  return static_cast<double>(std::sqrt(difference / norm));
 }
 
 /// Normally distributed numbers, the same in every run of a test.

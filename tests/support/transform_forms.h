@@ -1,5 +1,5 @@
 // Every one-dimensional transform of the library in one table, with what it promises: tests of
-// values, accuracy, storage and threads run over all of them.
+// values and accuracy run over all of them.
 #pragma once
 
 #include <sarnum/sarnum.h>
@@ -46,8 +46,8 @@ struct Form {
 /// A transform of an interleaved array, on a split pair. Allocates at its first use only.
 template <void (*transform)(float*, int)>
 void interleaved(float* re, float* im, int m) {
-  static thread_local std::vector<float> data(std::size_t{2} << 16);
-  const std::size_t n = m >= 0 && m <= 16 ? std::size_t{1} << m : 1;
+  static thread_local std::vector<float> data(std::size_t{2} << 18);
+  const std::size_t n = m >= 0 && m <= 18 ? std::size_t{1} << m : 1;
   for (std::size_t i = 0; i < n; ++i) {
     data[2 * i] = re[i];
     data[2 * i + 1] = im[i];

@@ -25,8 +25,11 @@ class SARNUM_API CVeryFastFT {
   /// @throws std::bad_alloc, as array new does, when the tables cannot be had; so it does for
   ///         exponents outside 0 … 30, whose side no int can hold.
   CVeryFastFT(int exponent);
+  /// Shallow: see above.
+  /// @{
   CVeryFastFT(const CVeryFastFT&);
   CVeryFastFT& operator=(const CVeryFastFT&);
+  /// @}
   ~CVeryFastFT();
 
   /// Does nothing. @return 1.

@@ -17,8 +17,11 @@
 class SARNUM_API CFFTClass {
  public:
   CFFTClass();
+  /// There is nothing to copy.
+  /// @{
   CFFTClass(const CFFTClass&);
   CFFTClass& operator=(const CFFTClass&);
+  /// @}
   virtual ~CFFTClass();
 
   /// Forward transform, not scaled. Computes in double precision and rounds each stored

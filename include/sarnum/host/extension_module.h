@@ -8,16 +8,18 @@
 namespace sarnum::host {
 
 /// A library that has joined the host. The object belongs to the library and stays where it
-/// is while attached; `next` is the registry's.
+/// is while attached.
 struct ExtensionModule {
-  const char* name;
-  ExtensionModule* next = nullptr;
+  const char* name;                 ///< valid while attached
+  ExtensionModule* next = nullptr;  ///< the registry's
 };
 
 /// Enters a module at load, or takes it back at unload. Neither allocates or fails; any thread
 /// may call them.
+/// @{
 SARNUM_HOST_API void attach_extension_module(ExtensionModule& module) noexcept;
 SARNUM_HOST_API void detach_extension_module(ExtensionModule& module) noexcept;
+/// @}
 
 /// Whether a module of that name is attached now.
 SARNUM_HOST_API bool is_extension_module_attached(const char* name) noexcept;

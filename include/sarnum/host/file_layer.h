@@ -35,8 +35,10 @@ class SARNUM_HOST_API CFileLayer {
   int Open(const char* path, unsigned long mode, int index, unsigned long access);
 
   /// Size in pixels; 0 when nothing is open.
+  /// @{
   int Width();
   int Height();
+  /// @}
 
   /// Creates a GeoTIFF of 32-bit floats, replacing an existing raster and its sidecars; an open
   /// file is closed first. Files that may pass 4 GiB become BigTIFF.

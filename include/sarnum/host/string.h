@@ -12,25 +12,34 @@
 class CString {
  public:
   CString() = default;
+  /// A copy of the characters up to the closing zero.
   CString(const char* text) : text_(text != nullptr ? text : "") {}
 
   /// The characters up to the closing zero; valid until the string changes.
   operator const char*() const noexcept { return text_.c_str(); }
 
+  /// The number of characters.
   int GetLength() const noexcept { return static_cast<int>(text_.size()); }
+  /// Whether there are no characters.
   bool IsEmpty() const noexcept { return text_.empty(); }
 
+  /// Appends `tail`.
   CString& operator+=(const CString& tail) {
     text_ += tail.text_;
     return *this;
   }
 
+  /// Both, one behind the other.
+  /// @{
   friend CString operator+(CString head, const CString& tail) { return std::move(head += tail); }
   friend CString operator+(CString head, const char* tail) {
     return std::move(head += CString(tail));
   }
   friend CString operator+(const char* head, const CString& tail) { return CString(head) + tail; }
+  /// @}
 
+  /// By the values of the characters.
+  /// @{
   // Each comparison stands three times because a CString also converts to a pointer, and two
   // pointers would compare by address.
   friend bool operator==(const CString& a, const CString& b) { return a.text_ == b.text_; }
@@ -51,6 +60,7 @@ class CString {
   friend bool operator>=(const CString& a, const CString& b) { return !(a < b); }
   friend bool operator>=(const CString& a, const char* b) { return !(a < b); }
   friend bool operator>=(const char* a, const CString& b) { return !(a < b); }
+  /// @}
 
  private:
   std::string text_;

@@ -29,8 +29,8 @@ enum : int {
 
 /// One complex sample of two 32-bit floats.
 struct COMPLEX_FLOAT32 {
-  float re;
-  float im;
+  float re;  ///< real part
+  float im;  ///< imaginary part
 };
 
 /// Real and imaginary parts of n pixels as doubles. Every value is widened exactly; a real

@@ -29,7 +29,7 @@ namespace {
 using std::size_t;
 
 /// Below this many bytes a block goes through its passes whole, rather than part after part.
-constexpr size_t near_cache = 65536;
+constexpr size_t near_cache = 32768;
 
 // --- Vectors -----------------------------------------------------------------------------------
 
@@ -188,6 +188,7 @@ struct Arithmetic {
 
 template <class Arithmetic>
 struct SplitVectors {
+  static constexpr bool is_split = true;
   using Element = typename Arithmetic::Element;
 
   Element* re;
@@ -207,6 +208,7 @@ struct SplitVectors {
 template <class Arithmetic, bool swapped>
 struct InterleavedVectors {
   using Value = typename Arithmetic::Value;
+  static constexpr bool is_split = false;
   static constexpr int lanes = Arithmetic::lanes;
   static constexpr size_t pixel = 2 * sizeof(typename Arithmetic::Element);
 
@@ -231,6 +233,7 @@ struct InterleavedVectors {
 /// vector by vector, in the place of the elements they belong to.
 template <class Arithmetic>
 struct BlockedVectors {
+  static constexpr bool is_split = false;
   typename Arithmetic::Element* data;
 
   BlockedVectors from(size_t i) const { return {data + 2 * i}; }
@@ -246,6 +249,7 @@ struct BlockedVectors {
 /// The columns of a block: element (row, column) stands where row after row would have it.
 template <class Arithmetic>
 struct GatheredColumns {
+  static constexpr bool is_split = false;
   const ColumnBlock& block;
 
   SARNUM_INLINE typename Arithmetic::Value load(size_t i) const {
@@ -307,13 +311,14 @@ void pass(In in, Out out, size_t block, size_t first_group, size_t groups,
 }
 
 /// Stages to do at once of those that are left. Where eight parts of a block would stand a multiple
-/// of 4096 bytes apart, their lines compete for the same few places of a first-level cache.
-template <class Element>
+/// of 4096 bytes apart, their lines compete for the same few places of a first-level cache: too
+/// many when real and imaginary parts lie apart.
+template <class Element, class Layout>
 int fused_stages(size_t block, int left) {
   if (left == 2 || left == 4) {
     return 2;
   }
-  return left > 4 && block / 8 * sizeof(Element) % 4096 == 0 ? 2 : 3;
+  return Layout::is_split && left > 4 && block / 8 * sizeof(Element) % 4096 == 0 ? 2 : 3;
 }
 
 template <class A, class In, class Out>
@@ -330,7 +335,7 @@ void fused_pass(int stages, In in, Out out, size_t block, size_t first_group, si
 template <class A, class In, class Work, class Out>
 void passes_of(In in, Work work, Out out, size_t block, size_t group, int left,
                const KernelTwiddles<typename A::Computed>& w) {
-  int stages = fused_stages<typename A::Element>(block, left);
+  int stages = fused_stages<typename A::Element, In>(block, left);
   if (stages == left) {
     fused_pass<A>(stages, in, out, block, group, 1, w);
     return;
@@ -349,7 +354,7 @@ void passes_of(In in, Work work, Out out, size_t block, size_t group, int left,
     block >>= stages;
     group <<= stages;
     groups <<= stages;
-    stages = fused_stages<typename A::Element>(block, left);
+    stages = fused_stages<typename A::Element, Work>(block, left);
     if (stages == left) {
       fused_pass<A>(stages, work, out, block, group, groups, w);
     } else {

@@ -1,0 +1,135 @@
+// Accuracy of every one-dimensional transform against one in long double, and the laws that a
+// discrete Fourier transform obeys. Prints the table of docs/reliability.md.
+#include <gtest/gtest.h>
+#include <sarnum/sarnum.h>
+
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include "transform_forms.h"
+
+namespace {
+
+using oracle::Exact;
+
+template <class... Values>
+std::string printed(const std::string& format, Values... values) {
+  char text[200];
+  std::snprintf(text, sizeof text, format.c_str(), values...);
+  return text;
+}
+
+/// What a form gives for a line, without its division.
+template <class Real>
+Exact transformed(const forms::Form<Real>& form, std::vector<Real> line, int m) {
+  const std::size_t n = std::size_t{1} << m;
+  form.transform(line.data(), line.data() + n, m);
+  Exact values = oracle::complex_line(line);
+  for (auto& value : values) {
+    value *= form.divides ? static_cast<long double>(n) : 1.0L;
+  }
+  return values;
+}
+
+/// Real parts, then imaginary parts.
+template <class Real>
+std::vector<Real> flat(const Exact& values) {
+  std::vector<Real> line(2 * values.size());
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    line[i] = static_cast<Real>(values[i].real());
+    line[values.size() + i] = static_cast<Real>(values[i].imag());
+  }
+  return line;
+}
+
+template <class Real>
+double bound(const forms::Form<Real>& form, int m) {
+  return form.arithmetic.accuracy * std::sqrt(m);
+}
+
+template <class Real>
+void check_accuracy(const char* type) {
+  const auto all = forms::all<Real>();
+  std::vector<std::string> rows;
+  for (const auto& form : all) {
+    rows.push_back(
+        printed("| %s " + std::string(type) + " | %.1e·√m |", form.name, form.arithmetic.accuracy));
+  }
+  for (const int m : {2, 4, 6, 8, 10, 12, 14, 16, 18}) {
+    ASSERT_EQ(init_ibitr(m), 0);
+    const auto line = oracle::random_values<Real>(std::size_t{2} << m, static_cast<unsigned>(m));
+    const Exact right[] = {oracle::exact_transform(oracle::complex_line(line), false),
+                           oracle::exact_transform(oracle::complex_line(line), true)};
+    for (std::size_t i = 0; i < all.size(); ++i) {
+      const double error =
+          oracle::relative_error(transformed(all[i], line, m), right[all[i].inverse ? 1 : 0],
+                                 all[i].centred ? std::size_t{1} << (m - 1) : 0);
+      EXPECT_LE(error, bound(all[i], m)) << all[i].name << " m=" << m;
+      rows[i] += printed(" %.1e |", error);
+    }
+  }
+  for (const auto& row : rows) {
+    std::puts(row.c_str());
+  }
+}
+
+TEST(Accuracy, IsThatOfTheArithmetic) {
+  check_accuracy<double>("double");
+  check_accuracy<float>("float");
+}
+
+/// Each law on lines that follow from one random line x: a sum of two, a shift, its own transform.
+template <class Real>
+void check_laws(int m, unsigned seed) {
+  const std::size_t n = std::size_t{1} << m, shift = seed % n;
+  const auto x = oracle::random_values<Real>(2 * n, seed);
+  const auto y = oracle::random_values<Real>(2 * n, seed + 100);
+  std::vector<Real> sum = x, shifted = x, impulse(2 * n);
+  for (std::size_t i = 0; i < 2 * n; ++i) {
+    sum[i] = x[i] + Real{2} * y[i];
+    shifted[(i + shift) % n + i / n * n] = x[i];
+  }
+  impulse[shift] = Real{1};
+  Exact times_n = oracle::complex_line(x);
+  long double power_of_x = 0;
+  for (auto& value : times_n) {
+    power_of_x += std::norm(value) * static_cast<long double>(n);
+    value *= static_cast<long double>(n);
+  }
+  for (const auto& form : forms::all<Real>()) {
+    SCOPED_TRACE(testing::Message() << form.name << " m=" << m << " seed " << seed);
+    const double allowed = 4 * bound(form, m);
+    const Exact of_x = transformed(form, x, m), of_impulse = transformed(form, impulse, m);
+    Exact linear = transformed(form, y, m), turned = of_x;
+    long double power = 0;
+    for (std::size_t k = 0; k < n; ++k) {
+      linear[k] = of_x[k] + 2.0L * linear[k];
+      turned[k] *= of_impulse[k];
+      power += std::norm(of_x[k]);
+      EXPECT_NEAR(static_cast<double>(std::abs(of_impulse[k])), 1.0, allowed) << "impulse";
+    }
+    EXPECT_LE(oracle::relative_error(transformed(form, sum, m), linear), allowed) << "linearity";
+    EXPECT_LE(oracle::relative_error(transformed(form, shifted, m), turned), allowed) << "shift";
+    EXPECT_NEAR(static_cast<double>(power / power_of_x), 1.0, allowed) << "Parseval";
+    for (const auto& back : forms::all<Real>()) {
+      if (back.inverse != form.inverse && !form.centred && !back.centred) {
+        const Exact returned = transformed(back, flat<Real>(of_x), m);
+        EXPECT_LE(oracle::relative_error(returned, times_n), allowed + 4 * bound(back, m))
+            << "inverse by " << back.name;
+      }
+    }
+  }
+}
+
+TEST(Laws, HoldForEveryTransform) {
+  for (int m = 2; m <= 10; ++m) {
+    ASSERT_EQ(init_ibitr(m), 0);
+    for (unsigned round = 0; round < 20; ++round) {
+      check_laws<double>(m, 7 * round + 1);
+      check_laws<float>(m, 7 * round + 1);
+    }
+  }
+}
+
+}  // namespace

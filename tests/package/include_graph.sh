@@ -1,0 +1,20 @@
+#!/bin/sh
+# include_graph.sh SOURCE_DIR: the folders of src use each other along the allowed arrows only.
+# Prints the graph. What stands in src itself, and export.h, serves all.
+set -eu
+cd "$1"
+grep -roE '#include "[^"]+"' src include/sarnum/*/ | sed -E '
+  s/^(src|include\/sarnum)\/([a-z]+)\/.*"(sarnum\/)?([a-z_]+)\/.*/\2 \4/
+  t
+  d' | sort -u | awk '
+  BEGIN {
+    n = split("filters:fft filters:numeric fft:numeric fft:host imaging:numeric imaging:host", list)
+    for (i = 1; i <= n; i++) allowed[list[i]] = 1
+  }
+  $1 != $2 && $2 != "sarnum" {
+    good = ($1 ":" $2) in allowed
+    print $1 " -> " $2 (good ? "" : "   not allowed")
+    wrong += !good
+    arrows++
+  }
+  END { exit wrong || arrows < 5 }'
