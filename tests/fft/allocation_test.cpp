@@ -43,22 +43,23 @@ TEST(Allocation, OneDimensionalTransformsNeedNoTwiddleStorage) {
 
 enum Kind { forward, centred, inverse };
 
-/// Runs a 16 × 8 complex float transform with the nth allocation failing (0: none).
+/// Runs a 16 × 32 complex float transform, whose columns take two passes, with the nth allocation
+/// failing (0: none).
 struct TransformRun {
   TransformRun(Kind kind, int nth, Failing failing) {
-    void* rows[8];
-    for (std::size_t row = 0; row < 8; ++row) {
+    void* rows[32];
+    for (std::size_t row = 0; row < 32; ++row) {
       rows[row] = values.data() + 2 * 16 * row;
     }
     CFFTClass object;
     const FailingAllocations failure(nth, failing);
-    result = kind == inverse   ? object.IFFT_2D(rows, rows, 16, 8, 9, &meter)
-             : kind == forward ? object.FFT_2D(rows, rows, 16, 8, 9, &meter)
-                               : object.FFT_2D_NEW(rows, rows, 16, 8, 9, 1, &meter);
+    result = kind == inverse   ? object.IFFT_2D(rows, rows, 16, 32, 9, &meter)
+             : kind == forward ? object.FFT_2D(rows, rows, 16, 32, 9, &meter)
+                               : object.FFT_2D_NEW(rows, rows, 16, 32, 9, 1, &meter);
     count = failure.count();
   }
 
-  const std::vector<float> before = oracle::random_values<float>(2 * 16 * 8, 3);
+  const std::vector<float> before = oracle::random_values<float>(2 * 16 * 32, 3);
   std::vector<float> values = before;
   RecordingMeter meter;
   int result = -1, count = 0;
@@ -66,7 +67,7 @@ struct TransformRun {
 
 TEST(Allocation, TwoDimensionalTransformsAreDoneWholeOrNotAtAll) {
   // The caption may be lost, as it is not worth the transform.
-  const std::string prepared = "range 0 24 step 1 [^|.]*\\.\\.\\.";
+  const std::string prepared = "range 0 48 step 1 [^|.]*\\.\\.\\.";
   for (const Kind kind : {forward, centred, inverse}) {
     for (const Failing failing : {Failing::once, Failing::persistently}) {
       const TransformRun whole(kind, 0, failing);
@@ -81,7 +82,7 @@ TEST(Allocation, TwoDimensionalTransformsAreDoneWholeOrNotAtAll) {
         } else {
           EXPECT_EQ(run.result, 1);
           EXPECT_EQ(run.values, whole.values);
-          EXPECT_THAT(run.meter.calls, MatchesRegex(prepared + "\\|{24}"));
+          EXPECT_THAT(run.meter.calls, MatchesRegex(prepared + "\\|{48}"));
         }
       }
       EXPECT_GE(not_done, 2) << "the two work buffers";
