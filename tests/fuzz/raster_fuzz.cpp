@@ -36,7 +36,7 @@ void put_file(const char* name, std::string_view bytes) {
 /// Large images take long, as they should.
 bool is_small() {
   const RasterInput input(path);
-  constexpr int largest = 1 << 16;
+  constexpr int largest = 1 << 12;
   return input.width() <= largest / input.height();
 }
 
