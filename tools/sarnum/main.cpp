@@ -10,10 +10,12 @@
 #include <cstdio>
 #include <iostream>
 #include <new>
+#include <vector>
 
 #include "commands.h"
 #include "messages.h"
 #include "output.h"
+#include "raster_input.h"
 
 namespace sarnum::tool {
 namespace {
@@ -141,16 +143,20 @@ void add_info(CLI::App& app, Arguments& arguments) {
   command.add_option("FILE", arguments.info.input, "Raster to read: any that GDAL opens")
       ->required();
   command.add_flag("-q,--quiet", arguments.quiet, "No warnings");
-  CLI::Option_group& reading =
-      *command.add_option_group("Reading", "What a real raster holds, for the equivalent looks");
+  // No option group: CLI11 takes an empty word for the name of it, and parses in circles.
+  std::vector<CLI::Option*> readings;
   const auto add = [&](const char* name, Quantity quantity, const char* description) {
-    reading.add_flag_callback(
+    CLI::Option& reading = *command.add_flag_callback(
         name, [&arguments, quantity] { arguments.info.quantity = quantity; }, description);
+    reading.group("What a real raster holds, for the equivalent looks");
+    for (CLI::Option* const other : readings) {
+      reading.excludes(other);
+    }
+    readings.push_back(&reading);
   };
   add("--intensity", Quantity::intensity, "Intensity");
   add("--amplitude", Quantity::amplitude, "Amplitude");
   add("--decibel", Quantity::decibel, "Decibel of intensity");
-  reading.require_option(0, 1);
   command.footer("Example:\n  sarnum info looks.tif");
 }
 
@@ -228,7 +234,7 @@ int parse_and_run(int argc, char** argv) {
   }
   // Reading a .gz file would leave a note on its contents beside it.
   CPLSetConfigOption("CPL_VSIL_GZIP_WRITE_PROPERTIES", "NO");
-  GDALAllRegister();
+  register_drivers();
   run(app, arguments);
   show_warnings();
   return status_done;

@@ -224,6 +224,13 @@ void limit_gdal_cache(GDALRasterBand& band) {
 
 }  // namespace
 
+void register_drivers() {
+  GDALAllRegister();
+  if (GDALDriver* const memory = GetGDALDriverManager()->GetDriverByName("MEM")) {
+    memory->pfnOpen = nullptr;
+  }
+}
+
 RasterInput::RasterInput(const std::string& path) : path_(path) {
   check_file(path, false);
   forget_gdal_messages();

@@ -23,6 +23,10 @@ struct PixelType {
   }
 };
 
+/// Registers the drivers of GDAL, but for the opening of memory by its address: a virtual raster
+/// could name any.
+void register_drivers();
+
 class RasterInput {
  public:
   /// Throws a Failure that names the file when it is no raster that can be read whole.
