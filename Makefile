@@ -5,9 +5,11 @@ PREFIX = /usr/local
 DEMO_DIR = demo
 
 BUILD_PACKAGES = g++ cmake ninja-build libgdal-dev libcli11-dev nlohmann-json3-dev
-TEST_PACKAGES = $(BUILD_PACKAGES) libgtest-dev libgmock-dev pkgconf python3
-PACKAGE_PACKAGES = $(DOCS_PACKAGES) dpkg-dev file gzip lintian
+TEST_PACKAGES = $(BUILD_PACKAGES) libgtest-dev libgmock-dev pkgconf python3 abigail-tools
+LONG_TEST_PACKAGES = $(TEST_PACKAGES) clang libclang-rt-dev python3-gdal
+COVERAGE_PACKAGES = $(TEST_PACKAGES) gcovr
 DOCS_PACKAGES = $(BUILD_PACKAGES) python3 doxygen doxygen-awesome-css
+PACKAGE_PACKAGES = $(DOCS_PACKAGES) dpkg-dev file gzip lintian
 LINT_PACKAGES = $(TEST_PACKAGES) clang clang-format clang-tidy
 BENCH_PACKAGES = $(BUILD_PACKAGES) libbenchmark-dev libfftw3-dev libopenblas-dev \
   liblapacke-dev pkgconf gdal-bin python3-gdal python3-numpy
@@ -15,12 +17,23 @@ BENCH_PACKAGES = $(BUILD_PACKAGES) libbenchmark-dev libfftw3-dev libopenblas-dev
 # How many processes a build and a test run may use.
 JOBS = $$(nproc 2>/dev/null || echo 2)
 
-.PHONY: help demo test bench lint docs package test-package install clean
+# What `make test` runs under ThreadSanitizer: these tests of these programs.
+THREAD_PROGRAMS = trust_test host_file_layer_test
+THREAD_TESTS = RunsBesideEveryOther|a_race_is_reported|OfTwoThreads
+# And under AddressSanitizer and UndefinedBehaviorSanitizer: all tests of these programs.
+CHECKED_PROGRAMS = fft_test fft_internals_test filters_test host_file_layer_test imaging_test \
+  linalg_test numeric_test sarnum_tool tool_test trust_test
+UNCHECKED_TESTS = ^package|^examples|^docs|_NOT_BUILT$$
+
+.PHONY: help demo test test-long coverage bench lint docs package test-package install clean
 
 help:
 	@echo 'make demo                simulate a radar scene, multilook it, show its spectrum'
 	@echo 'make demo IMAGE=path     the same on a radar image of your own'
-	@echo 'make test                build everything and run all tests'
+	@echo 'make test                build everything; run the tests, as they are and under sanitizers'
+	@echo 'make test-long           the tests that take long: all under all sanitizers, fuzzing,'
+	@echo '                         seeded faults (up to an hour)'
+	@echo 'make coverage            which branches of the library the tests take (build/coverage)'
 	@echo 'make bench               time the library against FFTW, OpenBLAS, GDAL, NumPy and memory'
 	@echo '                         (one table of ratios; JSON in build/bench)'
 	@echo 'make lint                check the format of the sources and run clang-tidy'
@@ -38,11 +51,37 @@ demo:
 	@cmake --build build/demo --parallel "$(JOBS)" --target sarnum_tool simulate_scene
 	@sh examples/demo.sh build/demo '$(DEMO_DIR)' $${IMAGE:+"$$IMAGE"}
 
+# The tests as they are come last: theirs is the summary that one sees.
 test:
 	@sh cmake/install_packages.sh $(TEST_PACKAGES)
-	cmake --preset release
+	for preset in tsan asan-ubsan release; do cmake --preset $$preset || exit 1; done
+	cmake --build --preset tsan --parallel "$(JOBS)" --target $(THREAD_PROGRAMS)
+	ctest --preset tsan --parallel "$(JOBS)" --tests-regex '$(THREAD_TESTS)'
+	cmake --build --preset asan-ubsan --parallel "$(JOBS)" --target $(CHECKED_PROGRAMS)
+	ctest --preset asan-ubsan --parallel "$(JOBS)" --label-exclude '^long$$' \
+	  --exclude-regex '$(UNCHECKED_TESTS)'
 	cmake --build --preset release --parallel "$(JOBS)"
-	ctest --preset release --parallel "$(JOBS)"
+	ctest --preset release --parallel "$(JOBS)" --label-exclude '^long$$'
+
+test-long:
+	@sh cmake/install_packages.sh $(LONG_TEST_PACKAGES)
+	for preset in tsan asan-ubsan fuzz release; do \
+	  cmake --preset $$preset && cmake --build --preset $$preset --parallel "$(JOBS)" || exit 1; \
+	done
+	ctest --preset tsan --parallel "$(JOBS)"
+	ctest --preset asan-ubsan --parallel "$(JOBS)"
+	ctest --preset fuzz
+	ctest --preset release --parallel "$(JOBS)" --label-regex '^long$$'
+
+coverage:
+	@sh cmake/install_packages.sh $(COVERAGE_PACKAGES)
+	cmake --preset coverage
+	cmake --build --preset coverage --parallel "$(JOBS)"
+	find build/coverage -name '*.gcda' -exec rm {} +
+	ctest --preset coverage --parallel "$(JOBS)" --label-exclude '^long$$' --exclude-regex '^package'
+	mkdir -p build/coverage/html
+	gcovr --root . --filter src/ --exclude src/kernel_vectors.h --exclude-throw-branches --exclude-unreachable-branches \
+	  --branches --print-summary --html-details build/coverage/html/index.html build/coverage
 
 # clang-tidy reads the commands of a build by clang, whose options it understands.
 lint:

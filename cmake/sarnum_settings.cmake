@@ -23,6 +23,9 @@ if(CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
       -fsanitize=${SARNUM_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
     target_link_options(sarnum_settings INTERFACE -fsanitize=${SARNUM_SANITIZE})
   endif()
+  if(SARNUM_BUILD_FUZZERS)
+    target_compile_options(sarnum_settings INTERFACE -fsanitize=fuzzer-no-link)
+  endif()
 endif()
 
 # Compiled with the settings above, and nothing exported that is not marked so.

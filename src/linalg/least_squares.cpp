@@ -13,6 +13,9 @@ int lin_yr(int n, double (*const a)[5], double* b, double* x) {
   if (n > largest_order) {
     return -1;
   }
+  if (n < 1) {
+    return 1;
+  }
   double w[largest_order][largest_order];
   for (int i = 0; i < n; ++i) {
     std::copy_n(a[i], n, w[i]);

@@ -22,6 +22,7 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -33,6 +34,11 @@ enum class Fault {
   part,        // the n-th transfer moves half of its bytes
   death        // killed before the n-th call
 };
+
+inline void PrintTo(Fault fault, std::ostream* to) {
+  constexpr const char* names[] = {"none", "error", "full_disk", "size_limit", "part", "death"};
+  *to << names[static_cast<int>(fault)];
+}
 
 struct Ending {
   int status;  // as a shell sees it: 128 + number after a signal

@@ -133,22 +133,6 @@ TEST_F(Tables, EveryFailedAllocationHasItsStatusAndIsMadeUpForLater) {
   }
 }
 
-TEST_F(Tables, ServeTheirLengthWithoutStorageForTheKernels) {
-  for (const auto failing : {Failing::once, Failing::persistently}) {
-    for (const int nth : {5, 6}) {
-      SetUp();
-      {
-        const FailingAllocations failure(nth, failing);
-        EXPECT_EQ(init_ibitr(8), 0);
-      }
-      auto line = oracle::random_values<double>(512, 1), expected = line;
-      fft_Fast(line.data(), line.data() + 256, 8);
-      fft(expected.data(), expected.data() + 256, 8);
-      EXPECT_EQ(line, expected);
-    }
-  }
-}
-
 TEST(BitReversal, ReversesTheLowBits) {
   for (int x = 0; x < 4096; ++x) {
     ASSERT_EQ(ibitr(x, 12), oracle::reversed(x, 12));

@@ -71,16 +71,6 @@ void expect_nothing_done(int m, const std::string& part_of_name) {
   EXPECT_EQ(touched, line) << "m=" << m;
 }
 
-TEST(Transforms, DoNothingForAnExponentOutsideTheContract) {
-  for (const int m : {-1, 31, least, most}) {
-    expect_nothing_done<double>(m, "");
-    expect_nothing_done<float>(m, "");
-    float pair[] = {1.5F, -2.5F};
-    CFFTClass().SyntAlmaz(pair, pair + 1, pair, pair + 1, 1, m);
-    EXPECT_TRUE(pair[0] == 1.5F && pair[1] == -2.5F) << m;
-  }
-}
-
 TEST(TableDriven, DoNothingWithoutTheTablesOfTheirLength) {
   for (const bool released : {false, true}) {
     init_ibitr(10);

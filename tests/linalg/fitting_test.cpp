@@ -143,13 +143,12 @@ TEST(Fits, EqualThePlainDefinition) {
                       M, s.x.size(), [&](auto i, int r, int t) { return phi(i, r) * phi(i, t); },
                       [&](auto i, int r) { return phi(i, r) * z[i]; });
         expected.resize(15, 7.0);
-        for (const auto* const level : sarnum::runnable_update_levels()) {
-          const Forced forced(*level);
+        for (std::size_t level = 0; level < ForcedLevel::runnable(); ++level) {
+          const ForcedLevel forced(level);
           c = untouched;
           mnk2(order, count, z, x, y, c.data());
-          EXPECT_TRUE(same(c, expected)) << level->name;
-          EXPECT_EQ(Forced::updates > 0,
-                    level->update != nullptr && count > 0 && order >= 0 && order <= 4);
+          EXPECT_TRUE(same(c, expected)) << ForcedLevel::names[level];
+          EXPECT_EQ(ForcedLevel::updates > 0, level > 0 && count > 0 && order >= 0 && order <= 4);
         }
 
         CLagrangeInterpolation2D fit(order, count, x, y, z);

@@ -14,11 +14,14 @@ inline bool same_value(double actual, double expected) {
              : actual == expected && std::signbit(actual) == std::signbit(expected);
 }
 
-/// Whether all elements are equal; a zero equals one of the other sign.
+/// Whether all elements are equal; a zero equals one of the other sign, unless told otherwise.
 template <class A, class B>
-testing::AssertionResult same_values(const std::vector<A>& actual, const std::vector<B>& expected) {
+testing::AssertionResult same_values(const std::vector<A>& actual, const std::vector<B>& expected,
+                                     bool any_zero = true) {
   for (std::size_t i = 0; i < actual.size() && i < expected.size(); ++i) {
-    if (!(actual[i] == expected[i] || (std::isnan(actual[i]) && std::isnan(expected[i])))) {
+    const bool same_sign = any_zero || std::signbit(actual[i]) == std::signbit(expected[i]);
+    if (!((actual[i] == expected[i] && same_sign) ||
+          (std::isnan(actual[i]) && std::isnan(expected[i])))) {
       return testing::AssertionFailure()
              << "element " << i << " is " << actual[i] << ", expected " << expected[i];
     }

@@ -1,5 +1,5 @@
 // Every one-dimensional transform of the library in one table, with what it promises: tests of
-// values, accuracy, storage and threads run over all of them.
+// values and accuracy run over all of them.
 #pragma once
 
 #include <sarnum/sarnum.h>

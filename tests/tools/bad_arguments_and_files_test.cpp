@@ -37,14 +37,15 @@ const struct {
     {2, "detect complex.tif out.tif --co TFW=YES", "second file"},
     {2, "detect complex.tif out.tif --co PROFILE=BASELINE", "would drop"},
     {2, "multilook real.tif out.tif --look=2x2", "no option '--look"},
+    {2, "info real.tif '' --look", "no option '--look'"},
     {2, "detect complex.tif a.png --picture ./a.png", "also the output"},
     {1, "detect no.tif old.tif --overwrite", "No such file"},
     {1, "detect empty.tif old.tif --overwrite", "is empty"},
     {1, "detect truncated.tif old.tif --overwrite", "truncated.tif"},
     {1, "detect cut.tif old.tif --overwrite", "truncated"},
-    {1, "detect short.img old.tif --overwrite", "need 1024"},
     {1, "detect holes.tif old.tif --overwrite", "incomplete"},
     {1, "stats round_holes.vrt", "holes.tif' is incomplete"},
+    {1, "stats MEM:::DATAPOINTER=8,PIXELS=8,LINES=8", "cannot open"},
     {1, "detect folder old.tif --overwrite", "is a folder"},
     {1, "stats truncated.tif --json", "truncated.tif"},
     {1, "multilook truncated.tif out.tif --looks 2x2", "truncated.tif"},
@@ -74,8 +75,6 @@ TEST_F(ToolTest, ABadRunIsOneLineAndLeavesNoTrace) {
   make_virtual("sides.vrt", 48, 32, "CFloat32", "", "");
   make_virtual("round_holes.vrt", 64, 64, "Float32", "",
                "<SimpleSource><SourceFilename>holes.tif</SourceFilename></SimpleSource>");
-  put_bytes("short.img", std::string(1000, 'x'));
-  put_bytes("short.hdr", "ENVI\nsamples = 16\nlines = 16\nbands = 1\ndata type = 4\n");
   put_bytes("truncated.tif", bytes("real.tif").substr(0, 5000));
   // Cut where a tile ends, so that no read comes up short.
   make("cut.tif", 64, 512, GDT_Float32, ramp, "TILED=YES");

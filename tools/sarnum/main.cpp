@@ -10,10 +10,12 @@
 #include <cstdio>
 #include <iostream>
 #include <new>
+#include <vector>
 
 #include "commands.h"
 #include "messages.h"
 #include "output.h"
+#include "raster_input.h"
 
 namespace sarnum::tool {
 namespace {
@@ -192,16 +194,20 @@ void add_info(CLI::App& app, Arguments& arguments) {
   add_input(command, "FILE", arguments.info.input);
   add_json(command, arguments.info.json);
   command.add_flag("-q,--quiet", arguments.quiet, "No warnings");
-  CLI::Option_group& reading =
-      *command.add_option_group("Reading", "What a real raster holds, for the equivalent looks");
+  // No option group: CLI11 takes an empty word for the name of it, and parses in circles.
+  std::vector<CLI::Option*> readings;
   const auto add = [&](const char* name, Quantity quantity, const char* description) {
-    reading.add_flag_callback(
+    CLI::Option& reading = *command.add_flag_callback(
         name, [&arguments, quantity] { arguments.info.quantity = quantity; }, description);
+    reading.group("What a real raster holds, for the equivalent looks");
+    for (CLI::Option* const other : readings) {
+      reading.excludes(other);
+    }
+    readings.push_back(&reading);
   };
   add("--intensity", Quantity::intensity, "Intensity");
   add("--amplitude", Quantity::amplitude, "Amplitude");
   add("--decibel", Quantity::decibel, "Decibel of intensity");
-  reading.require_option(0, 1);
   command.footer(
       "Without them, metadata and the values themselves tell what the samples seem to be.\n"
       "Examples:\n  sarnum info looks.tif\n  sarnum info --json looks.tif");
@@ -282,7 +288,7 @@ int parse_and_run(int argc, char** argv) {
   if (CPLGetConfigOption("CPL_VSISTDIN_BUFFER_LIMIT", nullptr) == nullptr) {
     CPLSetConfigOption("CPL_VSISTDIN_BUFFER_LIMIT", "-1");
   }
-  GDALAllRegister();
+  register_drivers();
   run(app, arguments);
   show_warnings();
   return status_done;

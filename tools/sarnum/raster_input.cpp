@@ -4,7 +4,7 @@
 #include <cpl_string.h>
 #include <fcntl.h>
 #include <gdal_pam.h>
-#include <rawdataset.h>
+#include <sarnum/host/standalone.h>
 #include <sarnum/sarnum.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -91,57 +91,6 @@ void check_file(const std::string& path, bool could_not_be_opened) {
   }
 }
 
-/// Bytes from the first of `count` elements to the last one, `stride` apart.
-std::uint64_t extent(std::int64_t stride, int count) {
-  return stride > 0 ? static_cast<std::uint64_t>(stride) * static_cast<std::uint64_t>(count - 1)
-                    : std::uint64_t{0};
-}
-
-/// A file of plain pixels: how long it is, and how long it must be.
-struct RawFile {
-  std::string name;
-  std::uint64_t size;
-  std::uint64_t needed;
-};
-
-/// The file behind a raster of plain pixels; nothing when it is stored in another way.
-std::optional<RawFile> raw_file(const std::string& path, GDALDataset& dataset) {
-  const auto sample_bytes = [](GDALDataType type) {
-    return static_cast<std::uint64_t>(GDALGetDataTypeSizeBytes(type));
-  };
-  GDALRasterBand& band = *dataset.GetRasterBand(dataset.GetRasterCount());
-  if (const auto* const raw = dynamic_cast<const RawRasterBand*>(&band)) {
-    VSILFILE* const file = raw->GetFPL();
-    if (file == nullptr || VSIFSeekL(file, 0, SEEK_END) != 0) {
-      return std::nullopt;
-    }
-    return RawFile{path, VSIFTellL(file),
-                   raw->GetImgOffset() + extent(raw->GetPixelOffset(), band.GetXSize()) +
-                       extent(raw->GetLineOffset(), band.GetYSize()) +
-                       sample_bytes(band.GetRasterDataType())};
-  }
-  GDALDataset::RawBinaryLayout layout;
-  VSIStatBufL status;
-  if (!dataset.GetRawBinaryLayout(layout) || VSIStatL(layout.osRawFilename.c_str(), &status) != 0) {
-    return std::nullopt;
-  }
-  return RawFile{layout.osRawFilename, static_cast<std::uint64_t>(status.st_size),
-                 layout.nImageOffset + extent(layout.nPixelOffset, dataset.GetRasterXSize()) +
-                     extent(layout.nLineOffset, dataset.GetRasterYSize()) +
-                     extent(layout.nBandOffset, dataset.GetRasterCount()) +
-                     sample_bytes(layout.eDataType)};
-}
-
-/// GDAL reads the missing end of a file of plain pixels as zeros and says nothing.
-void check_raw_size(const std::string& path, GDALDataset& dataset) {
-  const std::optional<RawFile> file = raw_file(path, dataset);
-  if (file && file->size < file->needed) {
-    throw Failure(in_quotes(file->name) + " is truncated: it has " + std::to_string(file->size) +
-                  " bytes but its pixels need " + std::to_string(file->needed) +
-                  "; copy or make it again");
-  }
-}
-
 /// While it lives, nothing arrives on stderr: some libraries that GDAL opens files with write there
 /// themselves what GDAL then reports. Debug messages, where the user asked for them, pass.
 class QuietStderr {
@@ -194,10 +143,10 @@ std::optional<std::uint64_t> end_of_block(GDALRasterBand& band, int x, int y) {
   return begin + (size != nullptr ? std::strtoull(size, nullptr, 10) : 0);
 }
 
-/// Whether blocks of a TIFF were never written. GDAL reads them as zeros or nodata: they are
+/// Refuses a TIFF of which blocks were never written. GDAL reads them as zeros or nodata: they are
 /// the trace of an interrupted program, or meant so, which is believed where nodata marks them.
 /// Blocks beyond the end of the file are read likewise, and are never meant.
-bool has_holes(const std::string& path, GDALDataset& dataset) {
+void check_for_holes(const std::string& path, GDALDataset& dataset) {
   GDALRasterBand& band = *dataset.GetRasterBand(1);
   const GDALDriver* const driver = dataset.GetDriver();
   VSIStatBufL status;
@@ -205,7 +154,7 @@ bool has_holes(const std::string& path, GDALDataset& dataset) {
       VSIStatL(path.c_str(), &status) != 0 ||
       (band.GetDataCoverageStatus(0, 0, band.GetXSize(), band.GetYSize(), 0, nullptr) &
        GDAL_DATA_COVERAGE_STATUS_EMPTY) == 0) {
-    return false;
+    return;
   }
   int block_width = 1;
   int block_height = 1;
@@ -221,24 +170,16 @@ bool has_holes(const std::string& path, GDALDataset& dataset) {
                       " bytes but its pixels reach byte " + std::to_string(*end) +
                       "; copy or make it again");
       }
+      if (!end && !nodata_of(band)) {
+        throw Failure(in_quotes(path) +
+                      " is incomplete: parts of it were never written; make it again, or, if they "
+                      "are meant to be zero, copy it with gdal_translate first");
+      }
       holes = holes || !end;
     }
   }
-  if (holes && !nodata_of(band)) {
-    throw Failure(in_quotes(path) +
-                  " is incomplete: parts of it were never written; make it again, or, if they are "
-                  "meant to be zero, copy it with gdal_translate first");
-  }
   if (holes) {
     warn("parts of " + in_quotes(path) + " were never written and are read as nodata");
-  }
-  return holes;
-}
-
-/// Refuses a raster whose file does not hold all of its pixels.
-void check_all_is_there(const std::string& path, GDALDataset& dataset) {
-  if (!has_holes(path, dataset)) {
-    check_raw_size(path, dataset);
   }
 }
 
@@ -258,7 +199,7 @@ void collect_files(const std::string& path, GDALDataset& dataset, int depth,
     const GDALDatasetUniquePtr source(GDALDataset::Open(files[i], GDAL_OF_RASTER));
     if (source != nullptr && source->GetRasterCount() > 0) {
       forbid_sidecar(*source);
-      check_all_is_there(files[i], *source);
+      check_for_holes(files[i], *source);
       collect_files(files[i], *source, depth + 1, collected);
     }
   }
@@ -283,6 +224,13 @@ void limit_gdal_cache(GDALRasterBand& band) {
 
 }  // namespace
 
+void register_drivers() {
+  GDALAllRegister();
+  if (GDALDriver* const memory = GetGDALDriverManager()->GetDriverByName("MEM")) {
+    memory->pfnOpen = nullptr;
+  }
+}
+
 RasterInput::RasterInput(const std::string& path) : path_(path) {
   check_file(path, false);
   forget_gdal_messages();
@@ -305,7 +253,11 @@ RasterInput::RasterInput(const std::string& path) : path_(path) {
   }
   limit_gdal_cache(band());
   type_ = pixel_type(band());
-  check_all_is_there(path, *dataset_);
+  check_for_holes(path, *dataset_);
+  if (const std::string missing = host::missing_samples(path.c_str()); !missing.empty()) {
+    throw Failure(missing);
+  }
+  read_first_sample();
   for (const std::string& warning : gdal_warnings()) {
     warn(in_quotes(path) + ": " + warning);
   }
@@ -317,6 +269,17 @@ RasterInput::RasterInput(const std::string& path) : path_(path) {
   }
 }
 
+/// Some lies of a header, such as one on the width, show when the first block is asked for: before
+/// rows of that width are made. Others show in a message only.
+void RasterInput::read_first_sample() const {
+  double sample[2];
+  if (band().RasterIO(GF_Read, 0, 0, 1, 1, sample, 1, 1, GDT_CFloat64, 0, 0, nullptr) != CE_None ||
+      !gdal_failure().empty()) {
+    fail_with_gdal_reason("cannot read row 0 of " + in_quotes(path_) +
+                          ", which may be truncated or damaged");
+  }
+}
+
 void RasterInput::read_rows(int first, int count, void* pixels) const {
   read_rows(first, count, type_.delivered_as, pixels);
 }
@@ -324,7 +287,8 @@ void RasterInput::read_rows(int first, int count, void* pixels) const {
 void RasterInput::read_rows(int first, int count, GDALDataType type, void* pixels) const {
   forget_gdal_messages();
   if (band().RasterIO(GF_Read, 0, first, width(), count, pixels, width(), count, type, 0, 0,
-                      nullptr) != CE_None) {
+                      nullptr) != CE_None ||
+      !gdal_failure().empty()) {
     fail_with_gdal_reason((count == 1 ? "cannot read row " + std::to_string(first)
                                       : "cannot read rows " + std::to_string(first) + " to " +
                                             std::to_string(first + count - 1)) +

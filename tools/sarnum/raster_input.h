@@ -23,6 +23,10 @@ struct PixelType {
   }
 };
 
+/// Registers the drivers of GDAL, but for the opening of memory by its address: a virtual raster
+/// could name any.
+void register_drivers();
+
 class RasterInput {
  public:
   /// Throws a Failure that names the file when it is no raster that can be read whole.
@@ -50,6 +54,8 @@ class RasterInput {
   std::string sign_of_decibels() const;
 
  private:
+  void read_first_sample() const;
+
   std::string path_;
   GDALDatasetUniquePtr dataset_;
   PixelType type_{};

@@ -26,6 +26,12 @@ SARNUM_HOST_API void clear_raster_failure() noexcept;
 /// @return false, with no options set, when storage is short.
 SARNUM_HOST_API bool set_creation_options(const char* const* options, int count) noexcept;
 
+/// Why a raster cannot be whole: one line that says which file has fewer bytes than its header
+/// promises, or the empty string if no such file is known. Files of plain samples are measured,
+/// those that a virtual raster consists of too; a CFileLayer does not open what fails here. Valid
+/// until the next call on this thread.
+SARNUM_HOST_API const char* missing_samples(const char* path) noexcept;
+
 }  // namespace sarnum::host
 
 #endif

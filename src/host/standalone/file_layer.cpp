@@ -13,9 +13,7 @@
 #include <cpl_string.h>
 #include <cpl_vsi.h>
 #include <gdal.h>
-#include <gdal_pam.h>
 #include <gdal_priv.h>
-#include <rawdataset.h>
 
 #include <algorithm>
 #include <cstdint>
@@ -26,15 +24,21 @@
 #include <string>
 #include <vector>
 
+#include "host/standalone/missing_samples.h"
 #include "host/standalone/raster_status.h"
 
 namespace {
 
+using sarnum::host::forbid_sidecar;
+using sarnum::host::register_drivers_once;
 using sarnum::host::remember_raster_failure;
 
 constexpr const char* open_action = "cannot open";
 constexpr const char* create_action = "cannot create";
 constexpr const char* write_action = "cannot write";
+
+/// Columns of which rows are made before anything is read.
+constexpr int widest_on_trust = 1 << 24;
 
 /// Bytes of rows that a composed raster delivers before GDAL's cache is trimmed, and the size
 /// that it is trimmed to.
@@ -84,80 +88,9 @@ struct DatasetCloser {
 };
 using DatasetHandle = std::unique_ptr<GDALDataset, DatasetCloser>;
 
-void register_drivers_once() {
-  static std::once_flag registered;
-  std::call_once(registered, [] {
-    const GdalScope scope;
-    GDALAllRegister();
-  });
-}
-
 bool file_exists(const std::string& path) {
   VSIStatBufL status;
   return VSIStatExL(path.c_str(), &status, VSI_STAT_EXISTS_FLAG) == 0;
-}
-
-/// GDAL notes some of what it works out while reading in a .aux.xml sidecar at close.
-void forbid_sidecar(GDALDataset& dataset) {
-  if (auto* const pam = dynamic_cast<GDALPamDataset*>(&dataset)) {
-    pam->SetPamFlags(pam->GetPamFlags() | GPF_NOSAVE);
-  }
-}
-
-// --- Files shorter than their header says, whose missing samples GDAL's raw drivers deliver as 0
-
-/// Bytes from the first sample to the end of the furthest one that steps of `stride` reach.
-std::uint64_t reach(std::int64_t stride, int count) {
-  return stride > 0 ? static_cast<std::uint64_t>(stride) * static_cast<std::uint64_t>(count - 1)
-                    : 0;
-}
-
-bool is_raw_band_complete(const RawRasterBand& band, int width, int height, int sample_size) {
-  VSILFILE* const file = band.GetFPL();
-  if (file == nullptr || VSIFSeekL(file, 0, SEEK_END) != 0) {
-    return true;
-  }
-  const std::uint64_t needed = band.GetImgOffset() + reach(band.GetPixelOffset(), width) +
-                               reach(band.GetLineOffset(), height) +
-                               static_cast<std::uint64_t>(sample_size);
-  return VSIFTellL(file) >= needed;
-}
-
-bool is_raw_layout_complete(GDALDataset& dataset) {
-  GDALDataset::RawBinaryLayout layout;
-  VSIStatBufL status;
-  if (!dataset.GetRawBinaryLayout(layout) ||
-      VSIStatExL(layout.osRawFilename.c_str(), &status, VSI_STAT_SIZE_FLAG) != 0) {
-    return true;
-  }
-  // A TIFF without any samples (all of them absent on purpose) claims to have them at its start.
-  if (layout.nImageOffset == 0) {
-    return true;
-  }
-  const std::uint64_t needed =
-      layout.nImageOffset + reach(layout.nPixelOffset, dataset.GetRasterXSize()) +
-      reach(layout.nLineOffset, dataset.GetRasterYSize()) +
-      reach(layout.nBandOffset, dataset.GetRasterCount()) +
-      static_cast<std::uint64_t>(GDALGetDataTypeSizeBytes(layout.eDataType));
-  return static_cast<std::uint64_t>(status.st_size) >= needed;
-}
-
-/// Whether the file holds all samples of an uncompressed raster; true where that is not known.
-bool is_file_complete(GDALDataset& dataset) {
-  const bool is_raw = dynamic_cast<RawRasterBand*>(dataset.GetRasterBand(1)) != nullptr;
-  if (!is_raw) {
-    return is_raw_layout_complete(dataset);
-  }
-  for (int i = 1; i <= dataset.GetRasterCount(); ++i) {
-    GDALRasterBand& band = *dataset.GetRasterBand(i);
-    const auto* const raw = dynamic_cast<const RawRasterBand*>(&band);
-    if (raw != nullptr &&
-        !is_raw_band_complete(*raw, band.GetXSize(), band.GetYSize(),
-                              GDALGetDataTypeSizeBytes(band.GetRasterDataType()))) {
-      return false;
-    }
-  }
-  return true;
 }
 
 /// Why an opened dataset cannot be delivered as rows of floats; empty when it can.
@@ -171,13 +104,34 @@ std::string obstacle(GDALDataset& dataset) {
   if (GDALDataTypeIsComplex(dataset.GetRasterBand(1)->GetRasterDataType()) != 0) {
     return "its pixels are complex; make a real raster of it first (sarnum detect)";
   }
-  if (!is_file_complete(dataset)) {
-    return "the file is shorter than its header says";
+  if (std::string missing = sarnum::host::missing_samples(dataset); !missing.empty()) {
+    return missing;
+  }
+  // Some lies of a header show when the first sample is asked for. Where it cannot be read others
+  // may be, but rows of a width that may be such a lie are not made on trust.
+  const GdalScope scope;
+  float sample = 0.0F;
+  const bool delivered = dataset.GetRasterBand(1)->RasterIO(GF_Read, 0, 0, 1, 1, &sample, 1, 1,
+                                                            GDT_Float32, 0, 0, nullptr) == CE_None;
+  if (scope.failed() && (delivered || dataset.GetRasterXSize() > widest_on_trust)) {
+    return scope.reason();
   }
   return {};
 }
 
 }  // namespace
+
+namespace sarnum::host {
+
+void register_drivers_once() {
+  static std::once_flag registered;
+  std::call_once(registered, [] {
+    const GdalScope scope;
+    GDALAllRegister();
+  });
+}
+
+}  // namespace sarnum::host
 
 class CFileLayer::Raster {
  public:
@@ -252,7 +206,10 @@ std::unique_ptr<CFileLayer::Raster> CFileLayer::Raster::open(const char* path) {
     return nullptr;
   }
   forbid_sidecar(*dataset);
-  const std::string reason = obstacle(*dataset);
+  std::string reason = obstacle(*dataset);
+  if (reason.empty() && scope.failed()) {
+    reason = scope.reason();
+  }
   if (!reason.empty()) {
     remember_raster_failure(open_action, path, reason);
     return nullptr;
@@ -401,10 +358,12 @@ bool CFileLayer::Raster::read(int row, int count, std::string& reason) {
   const GdalScope scope;
   const CPLErr status = dataset_->GetRasterBand(1)->RasterIO(
       GF_Read, 0, row, width_, count, address(row), width_, count, GDT_Float32, 0, 0, nullptr);
-  if (status != CE_None) {
+  // Some failures show in a message only, such as a table of blocks that cannot be read.
+  const bool delivered = status == CE_None && !scope.failed();
+  if (!delivered) {
     reason = scope.reason();
   }
-  return status == CE_None;
+  return delivered;
 }
 
 bool CFileLayer::Raster::write(void* data, int column, int row, int count) {
