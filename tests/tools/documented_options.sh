@@ -1,7 +1,7 @@
 #!/bin/bash
-# documented_options.sh SARNUM SOURCES: every option of every --help stands in the man page and in
-# both completions, which offer none that does not exist; bash completes commands, options, values
-# and files; the man page formats without warnings.
+# documented_options.sh SARNUM SOURCES: every option of every --help, which has an example, stands in
+# the man page and in both completions, and they have no others; bash completes commands, options,
+# values and files; the man page formats without warnings.
 set -eu
 tool=$1 sources=$2
 fail() {
@@ -18,7 +18,10 @@ complete_words() {
 }
 
 for command in '' info stats detect multilook spectrum; do
-  known=$("$tool" $command --help | sed -nE 's/^ +(-[a-z],)?(--[a-z-]+).*/\2/p' | sort -u)
+  help=$("$tool" $command --help)
+  [[ $help == *$'\n'Example*$'\n  sarnum '* && -z $(grep -E '.{101}' <<<"$help") ]] ||
+    fail "sarnum $command --help has no example, or a line of more than 100 columns"
+  known=$(sed -nE 's/^ +(-[a-z],)?(--[a-z-]+).*/\2/p' <<<"$help" | sort -u)
   [ "$(complete_words sarnum $command -- | options_in)" = "$known" ] ||
     fail "bash completion of sarnum $command differs from its --help:" $known
   all+=$'\n'$known

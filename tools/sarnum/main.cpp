@@ -123,7 +123,7 @@ void add_multilook(CLI::App& app, Arguments& arguments) {
   MultilookArguments& multilook = arguments.multilook;
   command
       .add_option("--looks", multilook.looks,
-                  "Samples averaged into one: columns x rows (at most 36), or N with --square")
+                  "Samples averaged into one, or with --square how many at most")
       ->type_name("ACROSSxDOWN");
   CLI::Option* const square = command.add_flag("--square", multilook.square,
                                                "Choose looks whose pixel is square on the ground");
@@ -145,8 +145,8 @@ void add_multilook(CLI::App& app, Arguments& arguments) {
                    "INPUT holds decibels: average the power 10^(x/10)");
   command.add_flag("--to-db", multilook.to_decibel, "Write the means as decibels, 10 log10");
   command.footer(
-      "Averages intensity or amplitude; detect complex images first. Georeferencing follows, and\n"
-      "metadata items tell looks and source.\n\n"
+      "Averages intensity or amplitude; detect complex images first. Looks are columns x rows, at\n"
+      "most 36 rows. Georeferencing follows, and metadata items tell looks and source.\n\n"
       "--square takes the spacing from the geotransform, or from the items of range and azimuth\n"
       "spacing of a radar product. Range runs across the image. It takes the fewest looks whose\n"
       "pixel has sides equal within 5 %; with --looks N the most looks up to N, their columns\n"
@@ -166,10 +166,10 @@ void add_detect(CLI::App& app, Arguments& arguments) {
       command.add_flag("--amplitude", arguments.detect.amplitude, "Write amplitude, |z|");
   command
       .add_flag("--intensity", arguments.detect.intensity_was_asked_for,
-                "Write intensity, |z|^2 (the default: intensity is what may be averaged)")
+                "Write intensity, |z|^2: the default")
       ->excludes(amplitude);
   command.footer(
-      "Values of a real raster are taken as amplitudes.\n"
+      "Intensity is what may be averaged. Values of a real raster are taken as amplitudes.\n"
       "Example:\n  sarnum detect slc.tif intensity.tif");
 }
 
@@ -177,14 +177,14 @@ void add_spectrum(CLI::App& app, Arguments& arguments) {
   CLI::App& command = add_conversion(app, "spectrum", "Two-dimensional Fourier transform",
                                      arguments.spectrum, arguments);
   command.add_flag("--centred", arguments.spectrum.centred,
-                   "Zero frequency in the middle, not at the first sample (with --inverse: of "
-                   "INPUT; what sarnum has written is recognised)");
-  command.add_flag("--inverse", arguments.spectrum.inverse,
-                   "From a spectrum back to the image: complex floats, sides that are powers of 2");
+                   "Zero frequency in the middle, not at the first sample");
+  command.add_flag("--inverse", arguments.spectrum.inverse, "From a spectrum back to the image");
   command.footer(
       "The sides are padded with zeros to powers of two, and the spectrum is divided by their\n"
       "product, so that --inverse returns the padded image. The picture shows log magnitude, with\n"
-      "the zero frequency of a spectrum in the middle.\n"
+      "the zero frequency of a spectrum in the middle.\n\n"
+      "With --inverse, INPUT holds complex floats and has sides that are powers of two. It is\n"
+      "centred if --centred says so or, of a file that sarnum has written, its metadata.\n\n"
       "Examples:\n  sarnum spectrum slc.tif spectrum.tif --picture spectrum.png\n"
       "  sarnum spectrum spectrum.tif back.tif --inverse");
 }
