@@ -171,9 +171,9 @@ TEST_F(ToolTest, AnInterruptedRunLeavesNothingBehind) {
                                                   {SIGINT, "spectrum --overwrite", 1},
                                                   {SIGINT, averaging, 26}}) {
     EXPECT_EQ(interfere(command, progress,
-                        [this, &number](pid_t tool) {
+                        [this, ending = number](pid_t tool) {
                           EXPECT_GE(names().size(), 5U);
-                          kill(tool, number);
+                          kill(tool, ending);
                         }),
               128 + number);
     ASSERT_THAT(names(), ElementsAre("in.tif", "out.png", "out.tif"));
