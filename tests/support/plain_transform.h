@@ -73,25 +73,28 @@ void alternate_signs(Stored* re, Stored* im, int n) {
 
 using Exact = std::vector<std::complex<long double>>;
 
-/// The discrete Fourier transform of a line whose real parts come before its imaginary parts, in
-/// long double, by even and odd samples: another order than the definition above has.
-inline Exact exact_transform(const Exact& line, bool inverse) {
-  const std::size_t n = line.size();
+/// The discrete Fourier transform of every `stride`-th of some samples, in long double, by even and
+/// odd ones: another order than the definition above has.
+inline void exact_transform(const Exact::value_type* in, std::size_t stride, std::size_t n,
+                            long double turn, Exact::value_type* out) {
   if (n == 1) {
-    return line;
+    *out = *in;
+    return;
   }
-  Exact halves[2], all(n);
-  for (std::size_t i = 0; i < n; ++i) {
-    halves[i % 2].push_back(line[i]);
-  }
-  const Exact even = exact_transform(halves[0], inverse);
-  const Exact odd = exact_transform(halves[1], inverse);
-  const long double step = (inverse ? 2 : -2) * std::acos(-1.0L) / static_cast<long double>(n);
+  exact_transform(in, 2 * stride, n / 2, turn, out);
+  exact_transform(in + stride, 2 * stride, n / 2, turn, out + n / 2);
   for (std::size_t k = 0; k < n / 2; ++k) {
-    const auto turned = std::polar(1.0L, step * static_cast<long double>(k)) * odd[k];
-    all[k] = even[k] + turned;
-    all[k + n / 2] = even[k] - turned;
+    const long double angle = turn * static_cast<long double>(k) / static_cast<long double>(n);
+    const auto turned = std::polar(1.0L, angle) * out[k + n / 2];
+    out[k + n / 2] = out[k] - turned;
+    out[k] += turned;
   }
+}
+
+inline Exact exact_transform(const Exact& line, bool inverse) {
+  Exact all(line.size());
+  const long double turn = (inverse ? 2 : -2) * std::acos(-1.0L);
+  exact_transform(line.data(), 1, line.size(), turn, all.data());
   return all;
 }
 
