@@ -5,7 +5,8 @@ PREFIX = /usr/local
 DEMO_DIR = demo
 
 BUILD_PACKAGES = g++ cmake ninja-build libgdal-dev libcli11-dev nlohmann-json3-dev
-TEST_PACKAGES = $(BUILD_PACKAGES) libgtest-dev libgmock-dev pkgconf python3 abigail-tools
+TEST_PACKAGES = $(BUILD_PACKAGES) libgtest-dev libgmock-dev pkgconf python3 abigail-tools \
+  doxygen doxygen-awesome-css
 LONG_TEST_PACKAGES = $(TEST_PACKAGES) clang libclang-rt-dev python3-gdal
 COVERAGE_PACKAGES = $(TEST_PACKAGES) gcovr
 DOCS_PACKAGES = $(BUILD_PACKAGES) python3 doxygen doxygen-awesome-css

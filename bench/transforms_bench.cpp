@@ -335,7 +335,9 @@ Piece raster_piece(Transform transform, const std::string& pixel, int type, int 
             }
           },
           [=] { return relative_difference(raster->spectrum, raster->peers); },
-          8 * static_cast<double>(std::numeric_limits<Result>::epsilon())};
+          // Inverse transforms round to float, whatever they transform.
+          8 * static_cast<double>(inverse ? std::numeric_limits<float>::epsilon()
+                                          : std::numeric_limits<Result>::epsilon())};
 }
 
 void add_raster_pieces(std::vector<Piece>& pieces, int width, int height) {
@@ -361,7 +363,7 @@ void add_raster_pieces(std::vector<Piece>& pieces, int width, int height) {
     pieces.push_back(raster_piece<DoubleFftw, double, float, ComplexFloat>(
         inverse, "complex float", TD_COMPLEX_FLOAT32, width, height, same_width));
     pieces.push_back(raster_piece<DoubleFftw, double, double, std::complex<double>>(
-        inverse, "complex double", TD_COMPLEX_FLOAT64, width, height, 0.9));
+        inverse, "complex double", TD_COMPLEX_FLOAT64, width, height, same_width));
   }
 }
 

@@ -38,7 +38,7 @@ def main():
             if not file.exists() or (url.fragment and url.fragment not in anchors):
                 broken.append(f"{path.name}: {target}")
     print("\n".join(sorted(broken)) or f"{len(pages)} pages, no broken link")
-    sys.exit(bool(broken))
+    sys.exit(bool(broken) or not pages)
 
 
 if __name__ == "__main__":

@@ -42,8 +42,10 @@ def main():
         elif kind == "text":
             if printed != block:
                 sys.exit(f"{what}: what stands above prints\n{printed}")
-        elif kind != "cmake":  # tried where the installed package is
+        elif kind != "cmake":  # the installed package is tried with it
             sys.exit(f"{what}: expected sh, cpp, text or cmake")
+    if not blocks:
+        sys.exit(f"{page.name}: no blocks")
     print(f"{page.name}: {len(blocks)} blocks")
 
 

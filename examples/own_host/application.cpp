@@ -28,5 +28,5 @@ int main() {
   const double variance = squares / static_cast<double>(looks.pixels.size()) - mean * mean;
   std::printf("\n%d x %d pixels, mean %.2f, equivalent looks %.1f, modules attached: %d\n",
               looks.width, looks.height, mean, mean * mean / variance, attached_modules);
-  return looks.width == 100 && looks.height == 75 && attached_modules == 1 ? 0 : 1;
+  return looks.width == 100 && looks.height == 75 && std::abs(mean - 1.0) < 0.02 ? 0 : 1;
 }

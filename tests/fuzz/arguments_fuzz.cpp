@@ -13,7 +13,7 @@ constexpr std::string_view raster = "/vsimem/in.tif";
 }  // namespace
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
-  keep_drivers({"GTiff", "PNG", "MEM"});
+  keep_drivers({"GTiff", "PNG", "MEM", "VRT"});
   make_raster(raster.data());
   return 0;
 }

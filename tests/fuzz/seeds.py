@@ -15,7 +15,8 @@ WORDS = ["""--help""", """--version""", """multilook IN out.tif --looks 2x3 --ov
          """detect IN out.tif --amplitude --co TILED=YES --co BIGTIFF=YES""",
          """detect IN ./out --intensity --picture p""", """spectrum IN s.tif --centred --inverse""",
          """spectrum IN -- -s.tif""", """info IN --decibel -q""", """info IN --amplitude""",
-         """stats IN --json""", """stats --help""", """detect nothing.tif --co=X"""]
+         """stats IN --json""", """info IN --json""", """multilook IN o --looks 2x2 --nodata skip --to-db""",
+         """multilook IN o --square --looks 9 --spacing 2x14 --incidence 35 --from-db""", """stats --help""", """detect nothing.tif --co=X"""]
 
 
 def content(name):

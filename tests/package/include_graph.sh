@@ -3,15 +3,15 @@
 # Prints the graph. What stands in src itself, and export.h, serves all.
 set -eu
 cd "$1"
-grep -roE '#include "[^"]+"' src include/sarnum/*/ | sed -E '
-  s/^(src|include\/sarnum)\/([a-z]+)\/.*"(sarnum\/)?([a-z_]+)\/.*/\2 \4/
+grep -roE '#include ["<][^">]+[">]' src include/sarnum/*/ | sed -E '
+  s/^(src|include\/sarnum)\/([a-z]+)\/.*["<](\.\.\/)*(sarnum\/)?([a-z_]+)\/.*/\2 \5/
   t
   d' | sort -u | awk '
   BEGIN {
     n = split("filters:fft filters:numeric fft:numeric fft:host imaging:numeric imaging:host", list)
     for (i = 1; i <= n; i++) allowed[list[i]] = 1
   }
-  $1 != $2 && $2 != "sarnum" {
+  $1 != $2 && $2 ~ /^(fft|numeric|linalg|filters|imaging|host)$/ {
     good = ($1 ":" $2) in allowed
     print $1 " -> " $2 (good ? "" : "   not allowed")
     wrong += !good

@@ -7,17 +7,24 @@ here=$(cd "$(dirname "$0")" && pwd)
 
 rm -rf "$work"
 mkdir -p "$work"
-cmake --install "$build_dir" --prefix "$work/first prefix" >"$work/install.log"
-mv "$work/first prefix" "$work/moved prefix"
+DESTDIR="$work/stage" cmake --install "$build_dir" --prefix "/first prefix" >"$work/install.log"
+mv "$work/stage/first prefix" "$work/moved prefix"
 prefix="$work/moved prefix"
 
 # No installed text may remember where it was built or first installed.
-if grep -rIlF -e "$build_dir" -e "$work/first prefix" "$prefix"; then
+if grep -rIlF -e "$build_dir" -e "/first prefix" "$prefix"; then
   echo "these installed files hold a path of the build" >&2
   exit 1
 fi
 
-echo "== find_package"
+echo "== find_package, in the README's words"
+awk '/^```cmake$/ { inside = 1; next } /^```$/ { inside = 0 } inside' "$here/../../README.md" |
+  sed 's/(sarnum /(sarnum 1.0 /; s/program/stranger/' | while IFS= read -r line; do
+  grep -qxF "$line" "$here/stranger/CMakeLists.txt" || {
+    echo "the README shows '$line', which is not what is tried" >&2
+    exit 1
+  }
+done
 cmake -S "$here/stranger" -B "$work/stranger" -G "$generator" -DCMAKE_CXX_COMPILER="$compiler" \
   -DCMAKE_PREFIX_PATH="$prefix" >"$work/configure.log"
 cmake --build "$work/stranger"
