@@ -386,11 +386,14 @@ void add(const char* roles, const Traits& traits, const char* names,
 template <class Type, class Object = CFFTClass>
 constexpr auto add_members = add<Type, Type Object::*>;
 
-/// A copy that is not destroyed, as copies share what they point to, and is assigned to as well.
+/// Copies share what they point to, so that these are not destroyed.
 template <class Object>
 void copy_and_abandon(const Object& object) {
-  alignas(Object) unsigned char room[sizeof(Object)];
-  *new (room) Object(object) = object;
+  alignas(Object) unsigned char room[sizeof(Object)] = {};
+  EXPECT_EQ(std::memcmp(new (room) Object(object), &object, sizeof object), 0);
+  std::memset(room, 0, sizeof room);
+  EXPECT_EQ(&(*reinterpret_cast<Object*>(room) = object), static_cast<void*>(room));
+  EXPECT_EQ(std::memcmp(room, &object, sizeof object), 0);
 }
 
 int life_of_block(int exponent) {
