@@ -96,7 +96,7 @@ void plain_2d(const Transform& transform, const PixelType& type, std::size_t wid
   const auto radix2 = transform.inverse ? oracle::radix2<double, double, float, Real>
                                         : oracle::radix2<double, double, Real, Real>;
   const forms::Form<Real> line = {
-      "", {radix2, 0, true}, transform.inverse, !transform.inverse, transform.centred, nullptr};
+      "", {radix2, 0}, transform.inverse, !transform.inverse, transform.centred, nullptr};
   const std::size_t columns = std::bit_ceil(width);
   std::vector<Real> re, im;
   for (std::size_t k = 0; has_row_pass(type) && k < dst.count; ++k) {

@@ -5,12 +5,12 @@
 #include <limits>
 
 #include "plain_linear_algebra.h"
+#include "same_value.h"
 
 namespace {
 
 using oracle::Doubles;
 using oracle::Matrix;
-using oracle::same;
 
 constexpr double infinity = std::numeric_limits<double>::infinity();
 
@@ -56,7 +56,7 @@ TEST(FiveEquations, EqualThePlainDefinition) {
     Doubles given(a.values.end() - 10, a.values.end()), plain = given;  // b, then x
     const int expected = plain_lin_yr(n, a, plain.data(), plain.data() + 5);
     EXPECT_EQ(lin_yr(n, rows, given.data(), given.data() + 5), expected) << seed;
-    EXPECT_TRUE(same(given, plain)) << seed;
+    EXPECT_TRUE(same_values(given, plain)) << seed;
     EXPECT_TRUE(std::equal(rows[0], rows[0] + 25, a.values.begin()));
     refused += expected == -1 ? 1 : 0;
     not_finite += std::isfinite(given[5]) ? 0 : 1;
@@ -125,7 +125,7 @@ TEST(Fits, EqualThePlainDefinition) {
         const Doubles untouched(15, 7.0);
         Doubles c = untouched;
         mnk(order, count, z, x, c.data());
-        EXPECT_TRUE(same(c, order >= 1 && order <= 5 ? plain_mnk(order, s) : untouched));
+        EXPECT_TRUE(same_values(c, order >= 1 && order <= 5 ? plain_mnk(order, s) : untouched));
 
         const int M = static_cast<int>(terms.size());
         const auto phi = [&](std::size_t i, int r) {
@@ -141,7 +141,7 @@ TEST(Fits, EqualThePlainDefinition) {
         expected.resize(15, 7.0);
         c = untouched;
         mnk2(order, count, z, x, y, c.data());
-        EXPECT_TRUE(same(c, expected));
+        EXPECT_TRUE(same_values(c, expected));
 
         CLagrangeInterpolation2D fit(order, count, x, y, z);
         const auto powers = [&](double at_x, double at_y, double times, int r, int t) {
@@ -151,7 +151,7 @@ TEST(Fits, EqualThePlainDefinition) {
         expected = oracle::fit(
             M, s.x.size(), [&](auto i, int r, int t) { return powers(x[i], y[i], 1.0, r, t); },
             [&](auto i, int r) { return powers(x[i], y[i], z[i], r, 0); });
-        EXPECT_TRUE(same(Doubles(fit.coefficients, fit.coefficients + M), expected));
+        EXPECT_TRUE(same_values(Doubles(fit.coefficients, fit.coefficients + M), expected));
         EXPECT_EQ(fit.GetSuccessFlag(), count > 0 || M == 0 ? 1 : 0);
         double value = 0.0;
         for (int r = 0; r < M; ++r) {
@@ -159,7 +159,7 @@ TEST(Fits, EqualThePlainDefinition) {
           value += expected[static_cast<std::size_t>(r)] * std::pow(-0.7, ey) *
                    std::pow(0.3, of(r).second);
         }
-        EXPECT_TRUE(same(Doubles{fit.GetInterpolatedValue(0.3, -0.7)}, Doubles{value}));
+        EXPECT_TRUE(same_values(Doubles{fit.GetInterpolatedValue(0.3, -0.7)}, Doubles{value}));
       }
     }
   }

@@ -8,12 +8,12 @@
 
 #include "forced_level.h"
 #include "plain_linear_algebra.h"
+#include "same_value.h"
 
 namespace {
 
 using oracle::LongDoubles;
 using oracle::Matrix;
-using oracle::same;
 
 enum Kind { random, badly_scaled, nearly_singular, many_ties, singular, not_finite, kinds };
 
@@ -84,16 +84,16 @@ TEST(LinearSystems, EqualThePlainDefinitionAndAreAccurate) {
     LongDoubles rows = given.values, x(static_cast<std::size_t>(n));
     ChangeRow_IJ(n / 3 + 1, n / 2 + 1, n, rows.data());
     oracle::change_row(n / 3 + 1, n / 2 + 1, n, exchanged, n + 1);
-    EXPECT_TRUE(same(rows, exchanged.values));
+    EXPECT_TRUE(same_values(rows, exchanged.values));
     Solve_System(n, a.data(), x.data());
-    EXPECT_TRUE(same(x, oracle::solve(n, solved)));
-    EXPECT_TRUE(same(a, solved.values));
+    EXPECT_TRUE(same_values(x, oracle::solve(n, solved)));
+    EXPECT_TRUE(same_values(a, solved.values));
     if (kind <= nearly_singular) {
       EXPECT_LE(residual(given, x), 8.0);
     }
     if (std::numeric_limits<long double>::digits > 53 && kind == random && n >= 10) {
       Matrix<long double> wide = given;
-      EXPECT_FALSE(same(x, oracle::solve(n, wide))) << "wider arithmetic would go unnoticed";
+      EXPECT_FALSE(same_values(x, oracle::solve(n, wide))) << "wider arithmetic would go unnoticed";
     }
   });
 }
@@ -105,9 +105,9 @@ TEST(DeterminantsAndInverses, EqualThePlainDefinition) {
     LongDoubles separate = kept;
     int returned = MatrixInversion(n, a.data(), separate.data());
     EXPECT_EQ(returned, inverse.empty() ? 0 : 1);
-    EXPECT_TRUE(same(separate, returned == 1 ? inverse : kept));
+    EXPECT_TRUE(same_values(separate, returned == 1 ? inverse : kept));
     MatrixInversion(n, a.data(), a.data());
-    EXPECT_TRUE(same(a, returned == 1 ? inverse : given));
+    EXPECT_TRUE(same_values(a, returned == 1 ? inverse : given));
 
     a = given;
     Matrix<double> plain(a, n);
@@ -115,7 +115,7 @@ TEST(DeterminantsAndInverses, EqualThePlainDefinition) {
     returned = LnAbsDeterminant(&result, n, a.data());
     EXPECT_EQ(returned, oracle::ln_abs_determinant(expected, n, plain));
     EXPECT_EQ(result, expected);
-    EXPECT_TRUE(same(a, plain.values));
+    EXPECT_TRUE(same_values(a, plain.values));
     refused += 1 - returned;
   });
   EXPECT_GT(refused, 100);
@@ -139,12 +139,12 @@ TEST(Products, EqualThePlainDefinitionAlsoOntoAFactor) {
   for_matrices(1, [](int, int n, LongDoubles b) {
     LongDoubles a = make_matrix(random, n, n), square = a;
     Matrix_Multiply(square.data(), b.data(), square.data(), n, n, n);
-    EXPECT_TRUE(same(square, oracle::multiply<double>({a, n}, {b, n}, n, n, n)));
+    EXPECT_TRUE(same_values(square, oracle::multiply<double>({a, n}, {b, n}, n, n, n)));
     const int m = n / 2 + 1;
     const auto expected = oracle::multiply<double>({a, n}, {b, n + 1}, m, n, n + 1);
     Matrix_Multiply(a.data(), b.data(), b.data(), m, n, n + 1);
     b.resize(expected.size());
-    EXPECT_TRUE(same(b, expected));
+    EXPECT_TRUE(same_values(b, expected));
     Matrix_Multiply(a.data(), b.data(), a.data(), n, -1, 1);
     EXPECT_TRUE(std::all_of(a.begin(), a.begin() + n, [](auto value) { return value == 0; }));
   });

@@ -18,7 +18,6 @@ template <class Real>
 struct Arithmetic {
   void (*radix2)(Real* re, Real* im, int m, bool inverse);
   double accuracy;
-  bool rounds;  ///< to float
 };
 
 /// A transform, as one of a split pair.
@@ -64,8 +63,8 @@ std::vector<Form<Real>> all();
 
 template <>
 inline std::vector<Form<double>> all<double>() {
-  const Arithmetic<double> in_double{oracle::radix2<double, double, double>, 0x1.8p-53, false};
-  const Arithmetic<double> rounded{oracle::radix2<double, double, float>, 0x1p-24, true};
+  const Arithmetic<double> in_double{oracle::radix2<double, double, double>, 0x1.8p-53};
+  const Arithmetic<double> rounded{oracle::radix2<double, double, float>, 0x1p-24};
   return {
       {"fft", in_double, false, false, false, fft},
       {"ifft", rounded, true, false, false, ifft},
@@ -81,9 +80,9 @@ inline std::vector<Form<double>> all<double>() {
 
 template <>
 inline std::vector<Form<float>> all<float>() {
-  const Arithmetic<float> rounded{oracle::radix2<double, double, float>, 0x1p-24, true};
-  const Arithmetic<float> in_float{oracle::radix2<float, float, float>, 0x1p-23, true};
-  const Arithmetic<float> by_table{oracle::radix2<double, float, float>, 0x1p-24, true};
+  const Arithmetic<float> rounded{oracle::radix2<double, double, float>, 0x1p-24};
+  const Arithmetic<float> in_float{oracle::radix2<float, float, float>, 0x1p-23};
+  const Arithmetic<float> by_table{oracle::radix2<double, float, float>, 0x1p-24};
   return {
       {"fft", in_float, false, false, false, fft},
       {"ifft", in_float, true, true, false, ifft},
