@@ -4,7 +4,6 @@
 #include <sarnum/sarnum.h>
 
 #include <cstdio>
-#include <string>
 #include <vector>
 
 #include "transform_forms.h"
@@ -12,13 +11,6 @@
 namespace {
 
 using oracle::Exact;
-
-template <class... Values>
-std::string printed(const std::string& format, Values... values) {
-  char text[200];
-  std::snprintf(text, sizeof text, format.c_str(), values...);
-  return text;
-}
 
 /// What a form gives for a line, without its division.
 template <class Real>
@@ -50,27 +42,29 @@ double bound(const forms::Form<Real>& form, int m) {
 
 template <class Real>
 void check_accuracy(const char* type) {
-  const auto all = forms::all<Real>();
-  std::vector<std::string> rows;
-  for (const auto& form : all) {
-    rows.push_back(
-        printed("| %s " + std::string(type) + " | %.1e·√m |", form.name, form.arithmetic.accuracy));
-  }
+  struct Case {
+    int m;
+    std::vector<Real> line;
+    Exact right[2];
+  };
+  std::vector<Case> cases;
   for (const int m : {2, 4, 6, 8, 10, 12, 14, 16, 18}) {
-    ASSERT_EQ(init_ibitr(m), 0);
     const auto line = oracle::random_values<Real>(std::size_t{2} << m, static_cast<unsigned>(m));
-    const Exact right[] = {oracle::exact_transform(oracle::complex_line(line), false),
-                           oracle::exact_transform(oracle::complex_line(line), true)};
-    for (std::size_t i = 0; i < all.size(); ++i) {
-      const double error =
-          oracle::relative_error(transformed(all[i], line, m), right[all[i].inverse ? 1 : 0],
-                                 all[i].centred ? std::size_t{1} << (m - 1) : 0);
-      EXPECT_LE(error, bound(all[i], m)) << all[i].name << " m=" << m;
-      rows[i] += printed(" %.1e |", error);
-    }
+    const Exact given = oracle::complex_line(line);
+    cases.push_back(
+        {m, line, {oracle::exact_transform(given, false), oracle::exact_transform(given, true)}});
   }
-  for (const auto& row : rows) {
-    std::puts(row.c_str());
+  for (const auto& form : forms::all<Real>()) {
+    std::printf("| %s %s | %.1e·√m |", form.name, type, form.arithmetic.accuracy);
+    for (const auto& [m, line, right] : cases) {
+      ASSERT_EQ(init_ibitr(m), 0);
+      const double error =
+          oracle::relative_error(transformed(form, line, m), right[form.inverse ? 1 : 0],
+                                 form.centred ? std::size_t{1} << (m - 1) : 0);
+      EXPECT_LE(error, bound(form, m)) << form.name << " m=" << m;
+      std::printf(" %.1e |", error);
+    }
+    std::puts("");
   }
 }
 

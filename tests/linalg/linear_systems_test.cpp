@@ -19,23 +19,22 @@ enum Kind { random, badly_scaled, nearly_singular, many_ties, singular, not_fini
 
 LongDoubles make_matrix(int kind, int n, int columns) {
   LongDoubles a = oracle::random_values(n * columns, n);
+  const bool ends_at_last = n % 4 == 0;  // of singular ones: the zero pivot has no rows below it
+  const int zero_column = ends_at_last ? n - 1 : n / 2 + n / 20;
+  const int dependent = n <= 2                              ? 0
+                        : kind == nearly_singular           ? 1
+                        : kind == singular && !ends_at_last ? 2
+                                                            : 0;
   for (int i = 0; i < n * columns; ++i) {
+    const int row = i / columns, column = i % columns;
     long double& value = a[static_cast<std::size_t>(i)];
     if (kind == badly_scaled) {
-      value = std::ldexp(value, 97 * (i / columns % 7 - 3) + 31 * (i % columns % 5 - 2));
+      value = std::ldexp(value, 97 * (row % 7 - 3) + 31 * (column % 5 - 2));
     } else if (kind == many_ties || kind == singular) {  // integers: exact zeros come about
-      value = std::round(1.49L * value);
+      value = column == zero_column && kind == singular ? 0 : std::round(1.49L * value);
     }
-    const bool ends_at_last = kind == singular && n % 4 == 0;
-    const int dependent_rows = kind == nearly_singular             ? 1
-                               : kind == singular && !ends_at_last ? 2
-                                                                   : 0;
-    if (n > 2 && i >= (n - dependent_rows) * columns) {
-      value =
-          2 * a[static_cast<std::size_t>(i % columns)] + (kind == singular ? 0 : 1e-13L * value);
-    }
-    if (kind == singular && i % columns == (ends_at_last ? n - 1 : n / 2 + n / 20)) {
-      value = 0;  // for a zero pivot, the last one or one with rows below it
+    if (row >= n - dependent) {
+      value = 2 * a[static_cast<std::size_t>(column)] + (kind == singular ? 0 : 1e-13L * value);
     }
   }
   if (kind == not_finite) {

@@ -188,6 +188,7 @@ TEST(Scale, InterpolatesAndReadsOneElementMore) {
     Scale(in, out, 3, n_out);
     EXPECT_THAT(out, ElementsAre(10, 7));
   }
+  Scale(nullptr, nullptr, 3, -1);
 }
 
 TEST(Correlation, IsCircularInTheFirstSequence) {

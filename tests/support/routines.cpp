@@ -2,9 +2,7 @@
 
 #include <cxxabi.h>
 #include <sarnum/sarnum.h>
-#include <signal.h>
 #include <sys/mman.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cmath>
@@ -55,13 +53,6 @@ void record_elements(const unsigned char* from, std::size_t bytes, std::vector<l
 }
 
 thread_local const char* running = "";
-struct sigaction usual_action;
-
-/// Says what was running where memory is touched that may not be.
-void name_the_routine(int) {
-  [[maybe_unused]] const auto written = write(STDERR_FILENO, running, std::strlen(running));
-  sigaction(SIGSEGV, &usual_action, nullptr);  // for the same fault again
-}
 
 }  // namespace
 
@@ -185,12 +176,6 @@ void Call::run(const std::function<double()>& body) {
 }
 
 Outcome Routine::outcome(const Conditions& conditions) const {
-  static const bool installed = [] {
-    struct sigaction action {};
-    action.sa_handler = name_the_routine;
-    return sigaction(SIGSEGV, &action, &usual_action) == 0;
-  }();
-  EXPECT_TRUE(installed);
   running = symbols.c_str();
   Call made(conditions);
   call(made);

@@ -32,29 +32,30 @@ struct Form {
 
   /// The plain definition of the same.
   void define(Real* re, Real* im, int m) const {
-    if (centred) {
-      oracle::alternate_signs(re, im, 1 << m);
+    for (int i = 1; centred && i < 1 << m; i += 2) {
+      re[i] = -re[i];
+      im[i] = -im[i];
     }
     arithmetic.radix2(re, im, m, inverse);
-    if (divides) {
-      oracle::divide_by_length(re, im, 1 << m);
+    for (int i = 0; divides && i < 1 << m; ++i) {
+      re[i] /= static_cast<Real>(1 << m);
+      im[i] /= static_cast<Real>(1 << m);
     }
   }
 };
 
-/// A transform of an interleaved array, on a split pair. Allocates at its first use only.
+/// A transform of an interleaved array, on a split pair.
 template <void (*transform)(float*, int)>
 void interleaved(float* re, float* im, int m) {
-  static thread_local std::vector<float> data(std::size_t{2} << 18);
-  const std::size_t n = m >= 0 && m <= 18 ? std::size_t{1} << m : 1;
-  for (std::size_t i = 0; i < n; ++i) {
-    data[2 * i] = re[i];
-    data[2 * i + 1] = im[i];
+  std::vector<float> data;
+  const int n = m >= 0 && m < 20 ? 1 << m : 0;
+  for (int i = 0; i < n; ++i) {
+    data.insert(data.end(), {re[i], im[i]});
   }
   transform(data.data(), m);
-  for (std::size_t i = 0; i < n; ++i) {
-    re[i] = data[2 * i];
-    im[i] = data[2 * i + 1];
+  for (int i = 0; i < n; ++i) {
+    re[i] = data[2 * static_cast<std::size_t>(i)];
+    im[i] = data[2 * static_cast<std::size_t>(i) + 1];
   }
 }
 
