@@ -100,12 +100,9 @@ Doubles plain_mnk(int m, const Samples& s) {
   return c;
 }
 
-double squared_power(double base, int exponent) {
-  double power = 1.0;
-  for (; exponent > 0; exponent /= 2, base *= base) {
-    power *= exponent % 2 == 1 ? base : 1.0;
-  }
-  return power;
+double squared_power(double x, int exponent) {
+  const double square = x * x, powers[] = {1.0, x, square, x * square, square * square};
+  return powers[exponent];
 }
 
 TEST(Fits, EqualThePlainDefinition) {
@@ -113,8 +110,8 @@ TEST(Fits, EqualThePlainDefinition) {
     for (const int count : {0, 1, 2, 3, 5, 14, 15, 16, 40, 333}) {
       Samples s(kind, count);
       double *const x = s.x.data(), *const y = s.y.data(), *const z = s.z.data();
-      std::vector<std::pair<int, int>>
-          terms;  // (t, q) of mnk2, the exponents (j, t − j) of the class
+      // (t, q) of mnk2, the exponents (j, t − j) of the class
+      std::vector<std::pair<int, int>> terms;
       for (int order = -1; order <= 6; ++order) {
         SCOPED_TRACE(testing::Message()
                      << "kind " << kind << " count " << count << " order " << order);
@@ -129,8 +126,8 @@ TEST(Fits, EqualThePlainDefinition) {
 
         const int M = static_cast<int>(terms.size());
         const auto phi = [&](std::size_t i, int r) {
-          return squared_power(y[i], of(r).second) *
-                 squared_power(x[i], of(r).first - of(r).second);
+          const auto [t, q] = of(r);
+          return squared_power(y[i], q) * squared_power(x[i], t - q);
         };
         Doubles expected =
             order < 0 || order > 4
