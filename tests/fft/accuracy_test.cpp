@@ -3,8 +3,8 @@
 #include <gtest/gtest.h>
 #include <sarnum/sarnum.h>
 
+#include <algorithm>
 #include <cstdio>
-#include <string>
 #include <vector>
 
 #include "transform_forms.h"
@@ -13,34 +13,26 @@ namespace {
 
 using oracle::Exact;
 
-template <class... Values>
-std::string printed(const std::string& format, Values... values) {
-  char text[200];
-  std::snprintf(text, sizeof text, format.c_str(), values...);
-  return text;
+template <class Real>
+Exact random_line(std::size_t n, unsigned seed) {
+  return oracle::complex_line(oracle::random_values<Real>(2 * n, seed));
 }
 
 /// What a form gives for a line, without its division.
 template <class Real>
-Exact transformed(const forms::Form<Real>& form, std::vector<Real> line, int m) {
-  const std::size_t n = std::size_t{1} << m;
+Exact transformed(const forms::Form<Real>& form, const Exact& given, int m) {
+  const std::size_t n = given.size();
+  std::vector<Real> line(2 * n);
+  for (std::size_t i = 0; i < n; ++i) {
+    line[i] = static_cast<Real>(given[i].real());
+    line[n + i] = static_cast<Real>(given[i].imag());
+  }
   form.transform(line.data(), line.data() + n, m);
   Exact values = oracle::complex_line(line);
   for (auto& value : values) {
     value *= form.divides ? static_cast<long double>(n) : 1.0L;
   }
   return values;
-}
-
-/// Real parts, then imaginary parts.
-template <class Real>
-std::vector<Real> flat(const Exact& values) {
-  std::vector<Real> line(2 * values.size());
-  for (std::size_t i = 0; i < values.size(); ++i) {
-    line[i] = static_cast<Real>(values[i].real());
-    line[values.size() + i] = static_cast<Real>(values[i].imag());
-  }
-  return line;
 }
 
 template <class Real>
@@ -50,27 +42,27 @@ double bound(const forms::Form<Real>& form, int m) {
 
 template <class Real>
 void check_accuracy(const char* type) {
-  const auto all = forms::all<Real>();
-  std::vector<std::string> rows;
-  for (const auto& form : all) {
-    rows.push_back(
-        printed("| %s " + std::string(type) + " | %.1e·√m |", form.name, form.arithmetic.accuracy));
-  }
+  struct Case {
+    int m;
+    Exact line, right[2];
+  };
+  std::vector<Case> cases;
   for (const int m : {2, 4, 6, 8, 10, 12, 14, 16, 18}) {
-    ASSERT_EQ(init_ibitr(m), 0);
-    const auto line = oracle::random_values<Real>(std::size_t{2} << m, static_cast<unsigned>(m));
-    const Exact right[] = {oracle::exact_transform(oracle::complex_line(line), false),
-                           oracle::exact_transform(oracle::complex_line(line), true)};
-    for (std::size_t i = 0; i < all.size(); ++i) {
-      const double error =
-          oracle::relative_error(transformed(all[i], line, m), right[all[i].inverse ? 1 : 0],
-                                 all[i].centred ? std::size_t{1} << (m - 1) : 0);
-      EXPECT_LE(error, bound(all[i], m)) << all[i].name << " m=" << m;
-      rows[i] += printed(" %.1e |", error);
-    }
+    const Exact line = random_line<Real>(std::size_t{1} << m, static_cast<unsigned>(m));
+    cases.push_back(
+        {m, line, {oracle::exact_transform(line, false), oracle::exact_transform(line, true)}});
   }
-  for (const auto& row : rows) {
-    std::puts(row.c_str());
+  for (const auto& form : forms::all<Real>()) {
+    std::printf("| %s %s | %.1e·√m |", form.name, type, form.arithmetic.accuracy);
+    for (const auto& [m, line, right] : cases) {
+      ASSERT_EQ(init_ibitr(m), 0);
+      const double error =
+          oracle::relative_error(transformed(form, line, m), right[form.inverse ? 1 : 0],
+                                 form.centred ? std::size_t{1} << (m - 1) : 0);
+      EXPECT_LE(error, bound(form, m)) << form.name << " m=" << m;
+      std::printf(" %.1e |", error);
+    }
+    std::puts("");
   }
 }
 
@@ -83,19 +75,15 @@ TEST(Accuracy, IsThatOfTheArithmetic) {
 template <class Real>
 void check_laws(int m, unsigned seed) {
   const std::size_t n = std::size_t{1} << m, shift = seed % n;
-  const auto x = oracle::random_values<Real>(2 * n, seed);
-  const auto y = oracle::random_values<Real>(2 * n, seed + 100);
-  std::vector<Real> sum = x, shifted = x, impulse(2 * n);
-  for (std::size_t i = 0; i < 2 * n; ++i) {
-    sum[i] = x[i] + Real{2} * y[i];
-    shifted[(i + shift) % n + i / n * n] = x[i];
-  }
-  impulse[shift] = Real{1};
-  Exact times_n = oracle::complex_line(x);
+  const Exact x = random_line<Real>(n, seed), y = random_line<Real>(n, seed + 100);
+  Exact sum = x, shifted = x, impulse(n), times_n = x;
+  std::rotate(shifted.begin(), shifted.end() - static_cast<std::ptrdiff_t>(shift), shifted.end());
+  impulse[shift] = 1.0L;
   long double power_of_x = 0;
-  for (auto& value : times_n) {
-    power_of_x += std::norm(value) * static_cast<long double>(n);
-    value *= static_cast<long double>(n);
+  for (std::size_t i = 0; i < n; ++i) {
+    sum[i] += 2.0L * y[i];
+    times_n[i] *= static_cast<long double>(n);
+    power_of_x += std::norm(x[i]) * static_cast<long double>(n);
   }
   for (const auto& form : forms::all<Real>()) {
     SCOPED_TRACE(testing::Message() << form.name << " m=" << m << " seed " << seed);
@@ -114,7 +102,7 @@ void check_laws(int m, unsigned seed) {
     EXPECT_NEAR(static_cast<double>(power / power_of_x), 1.0, allowed) << "Parseval";
     for (const auto& back : forms::all<Real>()) {
       if (back.inverse != form.inverse && !form.centred && !back.centred) {
-        const Exact returned = transformed(back, flat<Real>(of_x), m);
+        const Exact returned = transformed(back, of_x, m);
         EXPECT_LE(oracle::relative_error(returned, times_n), allowed + 4 * bound(back, m))
             << "inverse by " << back.name;
       }

@@ -1,135 +1,90 @@
-// The process-wide tables: content, reuse, and the sequences in which arrays must grow.
-#include <gmock/gmock.h>
+// The process-wide tables: which length they serve, reuse, and the sequences in which arrays must
+// grow.
 #include <gtest/gtest.h>
 #include <sarnum/sarnum.h>
 
-#include <cmath>
 #include <limits>
+#include <string_view>
 #include <vector>
 
 #include "failing_allocations.h"
 #include "fft/table_state.h"
-#include "plain_transform.h"
+#include "forced_level.h"
+#include "transform_forms.h"
 
 namespace {
 
-using sarnum::table_state;
-using testing::ElementsAreArray;
 using Failing = FailingAllocations::Failing;
 
 constexpr int least = std::numeric_limits<int>::min(), most = std::numeric_limits<int>::max();
 
-class Tables : public testing::Test {
- protected:
-  void SetUp() override {
-    delete_ibitr();
-    table_state.largest_exponent = 0;
-    table_state.swap_count = 0;
-  }
-};
-
-/// What is filled, and 16 entries of slack, lie inside what is allocated.
-template <class T>
-void expect_table(const sarnum::TableArray<T>& table, const std::vector<T>& expected,
-                  std::size_t size) {
-  ASSERT_GE(table.capacity(), size + 16);
-  EXPECT_EQ(std::vector<T>(table.data(), table.data() + expected.size()), expected);
-}
-
-/// Builds the tables of 2^m and expects them to be complete and served.
-void expect_tables_of(int m) {
-  SCOPED_TRACE("m=" + std::to_string(m));
-  ASSERT_EQ(init_ibitr(m), 0);
-  const std::size_t n = std::size_t{1} << m;
-  std::vector<int> reversals, pairs;
-  std::vector<double> cosines, sines;
-  for (int i = 0; i <= 1 << m; ++i) {
-    reversals.push_back(oracle::reversed(i, m));
-    if (reversals.back() > i) {
-      pairs.insert(pairs.end(), {i, reversals.back()});
-    }
-    if (i < 1 << m >> 1) {
-      cosines.push_back(std::cos(std::acos(-1.0) * 2.0 * i / (1 << m)));
-      sines.push_back(std::sin(std::acos(-1.0) * 2.0 * i / (1 << m)));
+/// All transforms that read the tables follow their definition, or else do nothing; the plain form
+/// as well as the kernels, whichever level the tables were built at.
+template <class Real>
+void expect_of_type(bool served, int m) {
+  const std::size_t n = m >= 0 && m < 20 ? std::size_t{1} << m : 1;
+  for (const std::size_t level : {std::size_t{0}, ForcedLevel::runnable() - 1}) {
+    const ForcedLevel forced(level);
+    for (const auto& form : forms::all<Real>()) {
+      if (std::string_view(form.name).find("_Fast") != std::string_view::npos) {
+        auto actual = oracle::random_values<Real>(2 * n, 1), expected = actual;
+        form.transform(actual.data(), actual.data() + n, m);
+        if (served) {
+          form.define(expected.data(), expected.data() + n, m);
+        }
+        EXPECT_EQ(actual, expected) << form.name << " m=" << m << " served " << served;
+      }
     }
   }
-  EXPECT_EQ(2 * static_cast<std::size_t>(table_state.swap_count), pairs.size());
-  expect_table(table_state.bit_reversal, reversals, n);
-  expect_table(table_state.cosine, cosines, n / 2);
-  expect_table(table_state.sine, sines, n / 2);
-  expect_table(table_state.swap_pairs, pairs, pairs.size());
 }
 
-/// Neither length must be served by tables of which a part is missing.
-void expect_no_length_served() {
-  EXPECT_FALSE(table_state.ready_exponent.has_value());
-  for (const int m : {5, 8, 9, 11}) {
-    const std::size_t n = std::size_t{1} << m;
-    std::vector<double> data(2 * n, 1.0);
-    fft_Fast(data.data(), data.data() + n, m);
-    EXPECT_THAT(data, testing::Each(1.0));
+/// Whatever m it is given, a length that the tables do not serve is left alone.
+void expect_served(int served) {
+  for (const int m : {-1, 0, 1, 2, 3, 4, 5, 8, 9, 10, 11, 12, 31}) {
+    expect_of_type<double>(m == served, m);
+    expect_of_type<float>(m == served, m);
   }
 }
 
-TEST_F(Tables, HoldReversalsTwiddlesAndSwapPairs) {
-  for (int m = 0; m <= 12; ++m) {
-    expect_tables_of(m);
-  }
-  expect_tables_of(3);
-  EXPECT_THAT(std::vector(table_state.bit_reversal.data(), table_state.bit_reversal.data() + 9),
-              ElementsAreArray({0, 4, 2, 6, 1, 5, 3, 7, 0}));
-}
+constexpr int none = -2;
 
-TEST_F(Tables, ASmallerLengthReusesTheArrays) {
-  ASSERT_EQ(init_ibitr(10), 0);
+TEST(Tables, ServeTheLengthOfTheLastCallAlone) {
+  sarnum::table_state = {};
+  for (const int m : {4, 3, 12, 1, none, none, 8, 10, 0, 2}) {
+    EXPECT_EQ(m == none ? (delete_ibitr(), 0) : init_ibitr(m), 0);
+    expect_served(m);
+  }
   {
-    const FailingAllocations none(1, Failing::persistently);
-    ASSERT_EQ(init_ibitr(4), 0);
-    ASSERT_EQ(init_ibitr(10), 0);
-    EXPECT_EQ(none.count(), 0);
+    const FailingAllocations counting(1, Failing::persistently);
+    EXPECT_EQ(init_ibitr(4) + init_ibitr(10), 0);
+    EXPECT_EQ(counting.count(), 0) << "lengths up to the largest reuse the arrays";
   }
-  expect_tables_of(4);
   for (const int m : {-1, 31, least, most}) {
     EXPECT_EQ(init_ibitr(m), 1);
   }
-  EXPECT_EQ(table_state.largest_exponent, 10);
+  expect_served(10);
+  EXPECT_EQ(sarnum::table_state.largest_exponent, 12) << "whatever was released since";
 }
 
-TEST_F(Tables, GrowBelowTheLargestExponentAfterARelease) {
-  ASSERT_EQ(init_ibitr(12), 0);
-  delete_ibitr();
-  delete_ibitr();
-  EXPECT_EQ(table_state.largest_exponent, 12);
-  EXPECT_NE(table_state.swap_count, 0);
-  expect_tables_of(8);
-  expect_tables_of(10);
-}
-
-TEST_F(Tables, EveryFailedAllocationHasItsStatusAndIsMadeUpForLater) {
-  for (const bool grows_after_release : {false, true}) {
-    for (int nth = 1; nth <= 4; ++nth) {
-      SCOPED_TRACE(testing::Message() << "allocation " << nth << ", grows " << grows_after_release);
-      SetUp();
-      if (grows_after_release) {
-        ASSERT_EQ(init_ibitr(11), 0);
-        delete_ibitr();
-        ASSERT_EQ(init_ibitr(8), 0);
-      }
-      {
-        const FailingAllocations failing(nth, Failing::persistently);
-        EXPECT_EQ(init_ibitr(9), nth);
-      }
-      EXPECT_EQ(table_state.largest_exponent, grows_after_release ? 11 : 9);
-      expect_no_length_served();
-      {
-        const FailingAllocations counting(0);
-        EXPECT_EQ(init_ibitr(9), 0);
-        constexpr int derived = 2;
-        EXPECT_EQ(counting.count(), 5 - nth + derived) << "allocates only what is missing";
-      }
-      expect_tables_of(5);
-      expect_tables_of(9);
+// The last two allocations are the kernels' own, which the plain form does without.
+TEST(Tables, EveryFailedAllocationHasItsStatusAndIsMadeUpForLater) {
+  for (int nth = 1; nth <= 6; ++nth) {
+    SCOPED_TRACE(testing::Message() << "allocation " << nth);
+    sarnum::table_state = {};
+    EXPECT_EQ(init_ibitr(11), 0);
+    delete_ibitr();
+    EXPECT_EQ(init_ibitr(8), 0);
+    {
+      const FailingAllocations failing(nth, Failing::persistently);
+      EXPECT_EQ(init_ibitr(9), nth > 4 ? 0 : nth);
     }
+    expect_served(nth > 4 ? 9 : none);
+    {
+      const FailingAllocations counting(0);
+      EXPECT_EQ(init_ibitr(9), 0);
+      EXPECT_EQ(counting.count(), 7 - nth) << "allocates only what is missing";
+    }
+    expect_served(9);
   }
 }
 

@@ -5,7 +5,6 @@
 #include <array>
 #include <climits>
 #include <fstream>
-#include <thread>
 
 #include "raster_files.h"
 
@@ -150,29 +149,6 @@ TEST_F(LayerTest, CreationOptionsServeOneFileAndAreChecked) {
     EXPECT_THAT(failure(), ::testing::AllOf(HasSubstr(path_), HasSubstr("COMPRES")));
     EXPECT_NE(open(layer_, path_), 0) << "the former file is lost";
   }
-}
-
-TEST_F(LayerTest, LayersOfTwoThreadsDoNotMeet) {
-  for (const int width : {10, 1000, 2000}) {
-    make_raster(folder_.file(std::to_string(width)), width, 300);
-  }
-  const auto copy = [this](int width) {
-    const std::string path = folder_.file(std::to_string(width));
-    CFileLayer input(nullptr), output(nullptr);
-    ASSERT_NE(open(input, path) * create(output, path + ".copy", width, 300), 0);
-    for (int i = 0; i < 300; ++i) {
-      auto* const samples = static_cast<float*>(input.GetRowAddr(i));
-      ASSERT_EQ(std::vector<float>(samples, samples + width), noise(width, i));
-      ASSERT_NE(output.WriteRow(samples, 0, i, width, 1), 0);
-      ASSERT_NE(input.ShiftBlock(1, 1) * output.ShiftBlock(1, 1), 0);
-    }
-    EXPECT_EQ(open(input, path + ".absent"), 0);
-  };
-  std::thread other(copy, 1000);
-  copy(2000);
-  other.join();
-  std::thread(copy, 10).join();
-  EXPECT_THAT(failure(), HasSubstr("2000.absent"));
 }
 
 }  // namespace

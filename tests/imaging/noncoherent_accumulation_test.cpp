@@ -140,14 +140,9 @@ Image order_sensitive_image(int width, int height) {
   std::mt19937 engine(7);
   std::uniform_real_distribution<float> small(0.5F, 1.0F);
   Image image{width, height};
-  for (int row = 0; row < height; ++row) {
-    for (int column = 0; column < width; ++column) {
-      const int place = (column - row % 2 + 4) % 4;
-      const float sample = small(engine);
-      image.at(row, column) = place == 0                 ? std::ldexp(sample, 80)
-                              : place == 2 && column > 1 ? -image.at(row, column - 2)
-                                                         : sample;
-    }
+  std::vector<float>& samples = image.samples;
+  for (std::size_t i = 0; i < samples.size(); ++i) {
+    samples[i] = i % 4 == 2 ? -samples[i - 2] : std::ldexp(small(engine), i % 4 == 0 ? 80 : 0);
   }
   return image;
 }

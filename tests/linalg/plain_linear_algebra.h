@@ -144,11 +144,4 @@ inline LongDoubles random_values(int count, int seed) {
   return values;
 }
 
-/// NaN equals NaN.
-template <class A, class B>
-bool same(const std::vector<A>& actual, const std::vector<B>& expected) {
-  return std::ranges::equal(
-      actual, expected, [](auto a, auto b) { return a == b || (std::isnan(a) && std::isnan(b)); });
-}
-
 }  // namespace oracle

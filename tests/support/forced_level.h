@@ -20,14 +20,16 @@ class ForcedLevel {
         update_(*sarnum::runnable_update_levels()[number]) {
     inner = sarnum::runnable_levels()[number];
     inner_update = update_.update;
-    level_.double_split = Counted<&sarnum::Level::double_split>::run;
-    level_.float_split = Counted<&sarnum::Level::float_split>::run;
-    level_.float_interleaved = Counted<&sarnum::Level::float_interleaved>::run;
-    level_.double_rounded = Counted<&sarnum::Level::double_rounded>::run;
-    level_.float_rounded = Counted<&sarnum::Level::float_rounded>::run;
-    level_.double_raster = CountedRaster<&sarnum::Level::double_raster>::table;
-    level_.double_rounded_raster = CountedRaster<&sarnum::Level::double_rounded_raster>::table;
-    level_.float_rounded_raster = CountedRaster<&sarnum::Level::float_rounded_raster>::table;
+    level_.double_split = line<&Level::double_split>;
+    level_.float_split = line<&Level::float_split>;
+    level_.float_interleaved = line<&Level::float_interleaved>;
+    level_.double_rounded = line<&Level::double_rounded>;
+    level_.float_rounded = line<&Level::float_rounded>;
+    level_.double_raster = {row<&Level::double_raster>, block<&Level::double_raster>};
+    level_.double_rounded_raster = {row<&Level::double_rounded_raster>,
+                                    block<&Level::double_rounded_raster>};
+    level_.float_rounded_raster = {row<&Level::float_rounded_raster>,
+                                   block<&Level::float_rounded_raster>};
     if (inner_update != nullptr) {
       update_.update = [](const sarnum::Update& update) {
         ++updates;
@@ -51,34 +53,26 @@ class ForcedLevel {
   static inline int lines, columns, updates;
 
  private:
-  template <auto member>
-  struct Counted;
-  template <class... Arguments, void (*sarnum::Level::*member)(Arguments...)>
-  struct Counted<member> {
-    static void run(Arguments... arguments) {
-      ++lines;
-      (inner->*member)(arguments...);
-    }
-  };
-  template <auto raster>
-  struct CountedRaster;
-  template <class Real, sarnum::RasterKernels<Real> sarnum::Level::*raster>
-  struct CountedRaster<raster> {
-    static void row(Real* re, Real* im, void* to, int m, const sarnum::KernelTwiddles<double>& w,
-                    Real scale) {
-      ++lines;
-      (inner->*raster).row(re, im, to, m, w, scale);
-    }
-    static void blocks(const sarnum::ColumnBlock& block, const sarnum::KernelTwiddles<double>& w,
-                       Real scale) {
-      columns += 1 << block.columns_exponent;
-      (inner->*raster).columns(block, w, scale);
-    }
-    static constexpr sarnum::RasterKernels<Real> table = {row, blocks};
-  };
+  using Level = sarnum::Level;
 
-  static inline const sarnum::Level* inner;
+  template <auto member>
+  static void line(auto... arguments) {
+    ++lines;
+    (inner->*member)(arguments...);
+  }
+  template <auto raster>
+  static void row(auto... arguments) {
+    ++lines;
+    (inner->*raster).row(arguments...);
+  }
+  template <auto raster>
+  static void block(const sarnum::ColumnBlock& given, auto... arguments) {
+    columns += 1 << given.columns_exponent;
+    (inner->*raster).columns(given, arguments...);
+  }
+
+  static inline const Level* inner;
   static inline void (*inner_update)(const sarnum::Update&);
-  sarnum::Level level_;
+  Level level_;
   sarnum::UpdateLevel update_;
 };

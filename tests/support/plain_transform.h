@@ -53,24 +53,6 @@ void radix2(Stored* re, Stored* im, int m, bool inverse) {
   }
 }
 
-/// Both parts of n elements divided by n.
-template <class Stored>
-void divide_by_length(Stored* re, Stored* im, int n) {
-  for (int i = 0; i < n; ++i) {
-    re[i] /= static_cast<Stored>(n);
-    im[i] /= static_cast<Stored>(n);
-  }
-}
-
-/// Both parts of n elements multiplied by (−1)^i.
-template <class Stored>
-void alternate_signs(Stored* re, Stored* im, int n) {
-  for (int i = 1; i < n; i += 2) {
-    re[i] = -re[i];
-    im[i] = -im[i];
-  }
-}
-
 using Exact = std::vector<std::complex<long double>>;
 
 /// The discrete Fourier transform of every `stride`-th of some samples, in long double, by even and

@@ -18,7 +18,6 @@ class RecordingMeter : public CMeterInfo {
   void SetText(const char* text) override { note(text); }
   void StepIt() override { note("|"); }
   void SetPos(int) override { note("unexpected"); }
-  int CancelMode() override { return note("unexpected"); }
 
   std::string calls;
 

@@ -18,7 +18,6 @@ template <class Real>
 struct Arithmetic {
   void (*radix2)(Real* re, Real* im, int m, bool inverse);
   double accuracy;
-  bool rounds;  ///< to float
 };
 
 /// A transform, as one of a split pair.
@@ -33,29 +32,30 @@ struct Form {
 
   /// The plain definition of the same.
   void define(Real* re, Real* im, int m) const {
-    if (centred) {
-      oracle::alternate_signs(re, im, 1 << m);
+    for (int i = 1; centred && i < 1 << m; i += 2) {
+      re[i] = -re[i];
+      im[i] = -im[i];
     }
     arithmetic.radix2(re, im, m, inverse);
-    if (divides) {
-      oracle::divide_by_length(re, im, 1 << m);
+    for (int i = 0; divides && i < 1 << m; ++i) {
+      re[i] /= static_cast<Real>(1 << m);
+      im[i] /= static_cast<Real>(1 << m);
     }
   }
 };
 
-/// A transform of an interleaved array, on a split pair. Allocates at its first use only.
+/// A transform of an interleaved array, on a split pair.
 template <void (*transform)(float*, int)>
 void interleaved(float* re, float* im, int m) {
-  static thread_local std::vector<float> data(std::size_t{2} << 18);
-  const std::size_t n = m >= 0 && m <= 18 ? std::size_t{1} << m : 1;
-  for (std::size_t i = 0; i < n; ++i) {
-    data[2 * i] = re[i];
-    data[2 * i + 1] = im[i];
+  std::vector<float> data;
+  const int n = m >= 0 && m < 20 ? 1 << m : 0;
+  for (int i = 0; i < n; ++i) {
+    data.insert(data.end(), {re[i], im[i]});
   }
   transform(data.data(), m);
-  for (std::size_t i = 0; i < n; ++i) {
-    re[i] = data[2 * i];
-    im[i] = data[2 * i + 1];
+  for (int i = 0; i < n; ++i) {
+    re[i] = data[2 * static_cast<std::size_t>(i)];
+    im[i] = data[2 * static_cast<std::size_t>(i) + 1];
   }
 }
 
@@ -64,8 +64,8 @@ std::vector<Form<Real>> all();
 
 template <>
 inline std::vector<Form<double>> all<double>() {
-  const Arithmetic<double> in_double{oracle::radix2<double, double, double>, 0x1.8p-53, false};
-  const Arithmetic<double> rounded{oracle::radix2<double, double, float>, 0x1p-24, true};
+  const Arithmetic<double> in_double{oracle::radix2<double, double, double>, 0x1.8p-53};
+  const Arithmetic<double> rounded{oracle::radix2<double, double, float>, 0x1p-24};
   return {
       {"fft", in_double, false, false, false, fft},
       {"ifft", rounded, true, false, false, ifft},
@@ -81,9 +81,9 @@ inline std::vector<Form<double>> all<double>() {
 
 template <>
 inline std::vector<Form<float>> all<float>() {
-  const Arithmetic<float> rounded{oracle::radix2<double, double, float>, 0x1p-24, true};
-  const Arithmetic<float> in_float{oracle::radix2<float, float, float>, 0x1p-23, true};
-  const Arithmetic<float> by_table{oracle::radix2<double, float, float>, 0x1p-24, true};
+  const Arithmetic<float> rounded{oracle::radix2<double, double, float>, 0x1p-24};
+  const Arithmetic<float> in_float{oracle::radix2<float, float, float>, 0x1p-23};
+  const Arithmetic<float> by_table{oracle::radix2<double, float, float>, 0x1p-24};
   return {
       {"fft", in_float, false, false, false, fft},
       {"ifft", in_float, true, true, false, ifft},
