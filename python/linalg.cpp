@@ -1,0 +1,6 @@
+#include "bindings.h"
+namespace sarnum::python {
+void bind_linalg(pybind11::module_& module) {
+  module.doc() = "";
+}
+}  // namespace sarnum::python
