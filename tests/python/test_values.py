@@ -89,10 +89,10 @@ def test_rasters_are_those_of_numpy_through_any_rows(kind, seed, height, width, 
 
 def test_blocks_overlap_rows():
     block = np.random.default_rng(3).normal(size=20).astype("f")
-    expected = block.copy()
+    expected = np.zeros(20, "f")
     rows = [slice(4 * k, 4 * k + 8) for k in range(4)]
     for row in rows:
-        expected[row] = (np.fft.fft(expected[row].view("c8")) / 4).astype("c8").view("f")
+        expected[row] = (np.fft.fft(block[row].view("c8")) / 4).astype("c8").view("f")
     for c in range(4):
         column = np.array([expected[row].view("c8")[c] for row in rows])
         for row, value in zip(rows, np.fft.fft(column) / 4):
@@ -167,7 +167,7 @@ def test_linear_algebra_is_that_of_numpy(seed, n):
     surface.coefficients[0] += 1
     assert np.isclose(surface(0.5, 0.5), 1.75) and surface.order == 2 and surface.success
     assert np.allclose(linalg.plane(np.c_[x, y, 1 + 2 * x - 3 * y][:3]), [2, -3, 1])
-    system = np.array([[1, 2], [-3, 4]], np.longdouble)[:, [0, 1, 1]]
+    system = np.array([[1, 2, 0], [-3, 4, 1]], np.longdouble)
     linalg.change_row(system, 0, 0)
     assert system[0, 0] == -3 and system[1, 0] == 1
 
