@@ -53,6 +53,14 @@ void require_contiguous(const py::array& array, Argument argument, py::ssize_t a
   }
 }
 
+/// A mask would be passed over in silence: nothing in the library knows of masks.
+void require_no_mask(const py::object& value, Argument argument) {
+  if (py::isinstance<py::array>(value) && py::hasattr(value, "mask")) {
+    type_error(argument, "is a masked array, and no routine looks at masks: pass " +
+                             std::string(argument.name) + ".filled() of some value");
+  }
+}
+
 void require_writeable(const py::array& array, Argument argument) {
   if (!array.writeable()) {
     value_error(argument,
@@ -84,6 +92,7 @@ py::array as_array(const py::object& value, Argument argument) {
     type_error(argument,
                "is " + text(py::type::of(value).attr("__name__")) + ": pass a NumPy array");
   }
+  require_no_mask(value, argument);
   return py::reinterpret_borrow<py::array>(value);
 }
 
@@ -98,6 +107,11 @@ Lines lines_in_place(const py::array& array, Argument argument) {
                              ".copy()");
   }
   require_writeable(array, argument);
+  for (py::ssize_t axis = 0; axis + 1 < array.ndim(); ++axis) {
+    if (array.shape(axis) > 1 && array.strides(axis) == 0) {
+      value_error(argument, "is " + describe(array) + ", the same line again and again");
+    }
+  }
 
   Lines lines;
   lines.length = static_cast<int>(array.shape(array.ndim() - 1));
@@ -215,6 +229,7 @@ Raster raster_to_write(const py::array& array, Argument argument, const py::dtyp
 }
 
 py::array exact(const py::object& value, Argument argument, const py::dtype& type) {
+  require_no_mask(value, argument);
   const py::module_ numpy = py::module_::import("numpy");
   const py::array array = numpy.attr("asarray")(value);
   bool is_exact = false;

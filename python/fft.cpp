@@ -396,7 +396,7 @@ class Block {
   }
 
   py::array block(const py::object& value, Argument argument) const {
-    const py::array array = as_array(value, argument);
+    py::array array = as_array(value, argument);
     const std::int64_t floats = std::int64_t{transform_.size} * (transform_.size + 1);
     const bool is_one_line = array.ndim() == 1 && has_type<float>(array) &&
                              (array.flags() & py::array::c_style) != 0 &&

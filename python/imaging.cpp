@@ -92,8 +92,8 @@ py::object multilook(const py::object& image, int looks_across, int looks_down,
   const int width = divide_rounding_up(source.width, looks_across);
   const int height = divide_rounding_up(source.height, looks_down);
   const py::dtype type = py::dtype::of<float>();
-  const py::array result = out.is_none() ? py::array(type, std::vector<py::ssize_t>{height, width})
-                                         : as_array(out, {function, "out"});
+  py::array result = out.is_none() ? py::array(type, std::vector<py::ssize_t>{height, width})
+                                   : as_array(out, {function, "out"});
   const Raster target = raster_to_write(result, {function, "out"}, type, height, width);
   if (py::module_::import("numpy").attr("may_share_memory")(array, result).cast<bool>()) {
     value_error({function, "out"}, "shares memory with image: pass another array");
@@ -104,8 +104,8 @@ py::object multilook(const py::object& image, int looks_across, int looks_down,
     reports.begin(height);
     std::vector<double> sums(static_cast<std::size_t>(width));
     for (int r = 0; r < height; ++r) {
-      const int first = r * looks_down;
-      const int rows = std::min(looks_down, source.height - first);
+      const py::ssize_t first = py::ssize_t{r} * looks_down;
+      const int rows = static_cast<int>(std::min<py::ssize_t>(looks_down, source.height - first));
       std::fill(sums.begin(), sums.end(), 0.0);
       for (int k = 0; k < rows; ++k) {
         add(source.rows[static_cast<std::size_t>(first + k)], source.width, looks_across, sums);
@@ -126,7 +126,7 @@ py::object multilook(const py::object& image, int looks_across, int looks_down,
 /// The bytes of a path of any kind that open() takes.
 std::string path_of(const py::object& path, Argument argument) {
   const py::module_ os = py::module_::import("os");
-  const auto text = os.attr("fsencode")(path).cast<std::string>();
+  auto text = os.attr("fsencode")(path).cast<std::string>();
   if (text.empty() || text.find('\0') != std::string::npos) {
     value_error(argument, "is no path: it is empty or has a zero byte");
   }
@@ -150,6 +150,7 @@ void multilook_file(const py::object& output_path, const py::object& input_path,
     value_error({function, "output_path"}, "is the input, which creating it would replace");
   }
   std::vector<const char*> options;
+  options.reserve(creation_options.size());
   for (const std::string& option : creation_options) {
     options.push_back(option.c_str());
   }
