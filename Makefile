@@ -22,7 +22,7 @@ JOBS = $$(nproc 2>/dev/null || echo 2)
 THREAD_PROGRAMS = trust_test host_file_layer_test
 THREAD_TESTS = RunsBesideEveryOther|a_race_is_reported|OfTwoThreads
 # And under AddressSanitizer and UndefinedBehaviorSanitizer: all tests of the target checked_programs.
-UNCHECKED_TESTS = ^package|^examples|^docs|_NOT_BUILT$$
+UNCHECKED_TESTS = ^package|^docs|_NOT_BUILT$$
 
 .PHONY: help demo test test-long coverage bench lint docs package test-package install clean
 
