@@ -1,18 +1,19 @@
 // sarnum.numeric: functions of numbers, vectors and pixels, windows, correlation.
 //
 // Nothing here is worked on in place, so inputs may be anything that becomes doubles exactly.
-#include "sarnum/numeric/correlation.h"
+#include <pybind11/stl.h>
 
 #include <algorithm>
 #include <array>
 #include <complex>
 #include <cstdint>
-#include <limits>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "arrays.h"
 #include "bindings.h"
+#include "sarnum/numeric/correlation.h"
 #include "sarnum/numeric/pixel_types.h"
 #include "sarnum/numeric/scalar.h"
 #include "sarnum/numeric/statistics.h"
@@ -442,10 +443,10 @@ struct Parts {
 };
 
 template <typename At>
-py::object at_lags(py::ssize_t n1, py::ssize_t n2, const py::object& lag, At at) {
+py::object at_lags(py::ssize_t n1, py::ssize_t n2, std::optional<std::int64_t> lag, At at) {
   const Argument argument{"correlate", "lag"};
-  if (!lag.is_none()) {
-    const auto s = lag.cast<std::int64_t>();
+  if (lag) {
+    const std::int64_t s = *lag;
     if (s < 1 - n2 || s > n1 - 1) {
       value_error(argument, "is " + std::to_string(s) + ", not within " + std::to_string(1 - n2) +
                                 " ... " + std::to_string(n1 - 1) + ", where the two overlap");
@@ -468,7 +469,7 @@ py::object at_lags(py::ssize_t n1, py::ssize_t n2, const py::object& lag, At at)
   return result;
 }
 
-py::object correlate(const py::object& a, const py::object& b, const py::object& lag) {
+py::object correlate(const py::object& a, const py::object& b, std::optional<std::int64_t> lag) {
   const Argument first{"correlate", "a"};
   const Argument second{"correlate", "b"};
   const py::object is_complex = py::module_::import("numpy").attr("iscomplexobj");
