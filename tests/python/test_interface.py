@@ -140,7 +140,7 @@ def test_other_threads_run_meanwhile(name):
         start = time.perf_counter()
         time.sleep(0.001)
         slices.append(time.perf_counter() - start)
-    assert len(slices) > 10 and sorted(slices)[len(slices) * 3 // 4] < 0.03
+    assert max(slices) < sum(slices) / 2
 
 
 class Bar:
