@@ -6,15 +6,15 @@ DEMO_DIR = demo
 
 BUILD_PACKAGES = g++ cmake ninja-build libgdal-dev libcli11-dev nlohmann-json3-dev
 PYTHON_PACKAGES = pybind11-dev python3-dev python3-numpy
-TEST_PACKAGES = $(BUILD_PACKAGES) $(PYTHON_PACKAGES) libgtest-dev libgmock-dev pkgconf python3 abigail-tools \
-  doxygen doxygen-awesome-css python3-scipy python3-gdal python3-pytest python3-hypothesis
+TEST_PACKAGES = $(BUILD_PACKAGES) $(PYTHON_PACKAGES) libgtest-dev libgmock-dev pkgconf python3 \
+  abigail-tools doxygen doxygen-awesome-css python3-scipy python3-gdal python3-pytest python3-hypothesis
 LONG_TEST_PACKAGES = $(TEST_PACKAGES) clang libclang-rt-dev
 COVERAGE_PACKAGES = $(TEST_PACKAGES) gcovr
 DOCS_PACKAGES = $(BUILD_PACKAGES) python3 doxygen doxygen-awesome-css
 PACKAGE_PACKAGES = $(DOCS_PACKAGES) $(PYTHON_PACKAGES) dpkg-dev file gzip lintian
 LINT_PACKAGES = $(TEST_PACKAGES) clang clang-format clang-tidy
-BENCH_PACKAGES = $(BUILD_PACKAGES) $(PYTHON_PACKAGES) libbenchmark-dev libfftw3-dev libopenblas-dev \
-  liblapacke-dev pkgconf gdal-bin python3-gdal python3-scipy
+BENCH_PACKAGES = $(BUILD_PACKAGES) $(PYTHON_PACKAGES) libbenchmark-dev libfftw3-dev \
+  libopenblas-dev liblapacke-dev pkgconf gdal-bin python3-gdal python3-scipy
 
 # How many processes a build and a test run may use.
 JOBS = $$(nproc 2>/dev/null || echo 2)

@@ -9,6 +9,7 @@ sarnum.imaging  multilooking of arrays and of raster files
 The library's C++ headers are the manual; each docstring names the function or class that it calls.
 """
 import functools as _functools
+import inspect as _inspect
 import sys as _sys
 
 from ._sarnum import build_info, fft, filters, imaging, linalg, numeric
@@ -18,7 +19,10 @@ __version__ = build_info()[0]
 
 
 def _named(module, name, compiled):
-    """What users find as module.name: a function that can be pickled by this name, as Dask does."""
+    """What users find as module.name: a function that can be pickled by this name, as Dask does.
+
+    Its signature is what the docstring begins with: compiled functions have none.
+    """
     if isinstance(compiled, type):
         compiled.__module__ = module.__name__
         return compiled
@@ -27,6 +31,8 @@ def _named(module, name, compiled):
     def call(*args, **kwargs):
         return compiled(*args, **kwargs)
 
+    arguments = compiled.__doc__.partition("\n")[0].partition("(")[2].rpartition(")")[0]
+    call.__signature__ = _inspect.signature(eval(f"lambda {arguments}: None"))
     call.__module__, call.__qualname__ = module.__name__, name
     return call
 

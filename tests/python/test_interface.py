@@ -1,6 +1,7 @@
 """Names, docstrings and stubs; tables and threads; Python's lock; progress."""
 import ast
 import doctest
+import inspect
 import os
 import pathlib
 import pickle
@@ -58,9 +59,14 @@ def public(thing):
 
 
 @pytest.mark.parametrize("module", MODULES, ids=lambda m: m.__name__)
-def test_stubs_have_the_names_of_the_module(module):
+def test_stubs_have_the_names_of_the_module_and_its_arguments(module):
     stub = pathlib.Path(sarnum.__file__).with_name(module.__name__.rpartition(".")[2] + ".pyi")
-    assert names(ast.parse(stub.read_text()).body) == public(module)
+    body = ast.parse(stub.read_text()).body
+    assert names(body) == public(module)
+    for node in body:
+        if isinstance(node, ast.FunctionDef):
+            arguments = [argument.arg for argument in node.args.args + node.args.kwonlyargs]
+            assert arguments == list(inspect.signature(getattr(module, node.name)).parameters)
 
 
 @pytest.mark.parametrize("module", MODULES, ids=lambda m: m.__name__)
