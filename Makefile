@@ -30,8 +30,8 @@ help:
 	@echo 'make demo                simulate a radar scene, multilook it, show its spectrum'
 	@echo 'make demo IMAGE=path     the same on a radar image of your own'
 	@echo 'make test                build everything; run the tests, as they are and under sanitizers'
-	@echo 'make test-long           the tests that take long: all under all sanitizers, fuzzing,'
-	@echo '                         seeded faults (up to an hour)'
+	@echo 'make test-long           the tests that take long: all under AddressSanitizer and'
+	@echo '                         UndefinedBehaviorSanitizer, fuzzing, seeded faults (up to an hour)'
 	@echo 'make coverage            which branches of the library the tests take (build/coverage)'
 	@echo 'make bench               time the library against FFTW, OpenBLAS, GDAL, NumPy and memory'
 	@echo '                         (one table of ratios; JSON in build/bench)'
@@ -64,10 +64,9 @@ test:
 
 test-long:
 	@sh cmake/install_packages.sh $(LONG_TEST_PACKAGES)
-	for preset in tsan asan-ubsan fuzz release; do \
+	for preset in asan-ubsan fuzz release; do \
 	  cmake --preset $$preset && cmake --build --preset $$preset --parallel "$(JOBS)" || exit 1; \
 	done
-	ctest --preset tsan --parallel "$(JOBS)"
 	ctest --preset asan-ubsan --parallel "$(JOBS)"
 	ctest --preset fuzz
 	ctest --preset release --parallel "$(JOBS)" --label-regex '^long$$'
