@@ -2,11 +2,13 @@
 """run_blocks.py PAGE.md FOLDER COMPILER [FLAG ...]: does what a page tells its reader to do.
 
 The fenced blocks of a page are taken in order, in FOLDER, which is made anew: `sh` blocks are run,
-`cpp` blocks are saved as program.cpp, compiled and run, `cmake` blocks are saved as CMakeLists.txt,
-and what a block prints is what a `text` block behind it shows. Commands are found on PATH. For pages
-that build sarnum its sources are the folder `sarnum`, where `make` is called. HOME is a folder that
-is removed at the end. Fails at the first block that does not do what the page says.
+`cpp` blocks are saved as program.cpp, compiled and run, `python` blocks are run by this interpreter (or
+passed over where there is no module sarnum), `cmake` blocks are saved as CMakeLists.txt, and what a
+block prints is what a `text` block behind it shows. Commands are found on PATH. For pages that build
+sarnum its sources are the folder `sarnum`, where `make` is called. HOME is a folder that is removed at
+the end. Fails at the first block that does not do what the page says.
 """
+import importlib.util
 import os
 import pathlib
 import re
@@ -48,13 +50,16 @@ def do_blocks(page, folder, compile_command, home):
             (folder / "program.cpp").write_text(block, encoding="utf-8")
             run([compile_command[0], "program.cpp", "-o", program, *compile_command[1:]], folder, what)
             printed = run([program], folder, what)
+        elif kind == "python":
+            has_module = importlib.util.find_spec("sarnum") is not None
+            printed = run([sys.executable, "-c", block], folder, what, env=environment) if has_module else None
         elif kind == "cmake":
             (folder / "CMakeLists.txt").write_text(block, encoding="utf-8")
         elif kind == "text":
-            if printed != block:
+            if printed not in (None, block):
                 sys.exit(f"{what}: what stands above prints\n{printed}")
         else:
-            sys.exit(f"{what}: expected sh, cpp, cmake or text")
+            sys.exit(f"{what}: expected sh, cpp, python, cmake or text")
     if not blocks:
         sys.exit(f"{page.name}: no blocks")
     print(f"{page.name}: {len(blocks)} blocks")

@@ -41,4 +41,10 @@ for library in libsarnum.so libsarnum_host.so; do
   }
 done
 
+packages="$prefix/lib/python3/dist-packages"
+if [ -d "$packages" ]; then
+  echo "== the Python module"
+  PYTHONPATH="$packages" PYTHONDONTWRITEBYTECODE=1 /usr/bin/python3 -m sarnum
+fi
+
 rm -rf "$work"

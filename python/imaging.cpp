@@ -1,0 +1,252 @@
+// sarnum.imaging: multilooking of raster files by the library, and of arrays by its definition.
+//
+// The library multilooks files. An array would have to become one first, so its means are formed
+// here: the same sums in the same order, hence the same values (a test compares them).
+#include <pybind11/stl.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "arrays.h"
+#include "bindings.h"
+#include "progress.h"
+#include "sarnum/host/host.h"
+#include "sarnum/host/standalone.h"
+#include "sarnum/imaging/noncoherent_accumulation.h"
+#include "sarnum/numeric/pixel_types.h"
+
+namespace sarnum::python {
+
+namespace {
+
+constexpr int max_looks_down = 36;
+
+int divide_rounding_up(int size, int looks) {
+  return size / looks + (size % looks != 0 ? 1 : 0);
+}
+
+void require_looks(const char* function, int across, int down) {
+  if (across < 1) {
+    value_error({function, "looks_across"}, "is " + std::to_string(across) + ", less than 1");
+  }
+  if (down < 1 || down > max_looks_down) {
+    value_error({function, "looks_down"}, "is " + std::to_string(down) + ", not within 1 ... " +
+                                              std::to_string(max_looks_down));
+  }
+}
+
+/// Sums of one row of looks, column by column of the output, each in the library's order: row by
+/// row and from left to right.
+template <typename T>
+void add_row(const void* row, int width, int looks_across, std::vector<double>& sums) {
+  const T* sample = static_cast<const T*>(row);
+  for (std::size_t c = 0; c < sums.size(); ++c) {
+    const int count = std::min(looks_across, width - static_cast<int>(c) * looks_across);
+    double sum = sums[c];
+    for (int k = 0; k < count; ++k) {
+      sum += static_cast<double>(static_cast<float>(*sample++));
+    }
+    sums[c] = sum;
+  }
+}
+
+using AddRow = void (*)(const void*, int, int, std::vector<double>&);
+
+AddRow row_adder(int type) {
+  switch (type) {
+    case TD_UINT8:
+      return add_row<std::uint8_t>;
+    case TD_INT8:
+      return add_row<std::int8_t>;
+    case TD_UINT16:
+      return add_row<std::uint16_t>;
+    case TD_INT16:
+      return add_row<std::int16_t>;
+    case TD_FLOAT32:
+      return add_row<float>;
+    default:
+      return nullptr;
+  }
+}
+
+py::object multilook(const py::object& image, int looks_across, int looks_down,
+                     const py::object& out, const py::object& progress) {
+  const char* const function = "multilook";
+  const Argument argument{function, "image"};
+  require_looks(function, looks_across, looks_down);
+  Progress reports(function, progress);
+  const py::array array = as_array(image, argument);
+  const Raster source = raster(array, argument);
+  const AddRow add = array.ndim() == 2 ? row_adder(source.type) : nullptr;
+  if (add == nullptr) {
+    type_error(argument,
+               "is " + describe(array) +
+                   ": samples are (u)int8, (u)int16 or float32; convert others yourself, "
+                   "image.astype(numpy.float32), and detect complex ones first, abs(image) ** 2");
+  }
+  if ((array.flags() & py::detail::npy_api::NPY_ARRAY_ALIGNED_) == 0) {
+    type_error(argument, "is " + describe(array) + ", not aligned: pass image.copy()");
+  }
+  const int width = divide_rounding_up(source.width, looks_across);
+  const int height = divide_rounding_up(source.height, looks_down);
+  const py::dtype type = py::dtype::of<float>();
+  py::array result = out.is_none() ? py::array(type, std::vector<py::ssize_t>{height, width})
+                                   : as_array(out, {function, "out"});
+  const Raster target = raster_to_write(result, {function, "out"}, type, height, width);
+  if (py::module_::import("numpy").attr("may_share_memory")(array, result).cast<bool>()) {
+    value_error({function, "out"}, "shares memory with image: pass another array");
+  }
+  const Lines means = lines_in_place(result, {function, "out"});
+  {
+    const py::gil_scoped_release unlocked;
+    reports.begin(height);
+    std::vector<double> sums(static_cast<std::size_t>(width));
+    for (int r = 0; r < height; ++r) {
+      const py::ssize_t first = py::ssize_t{r} * looks_down;
+      const int rows = static_cast<int>(std::min<py::ssize_t>(looks_down, source.height - first));
+      std::fill(sums.begin(), sums.end(), 0.0);
+      for (int k = 0; k < rows; ++k) {
+        add(source.rows[static_cast<std::size_t>(first + k)], source.width, looks_across, sums);
+      }
+      float* const mean = means.line<float>(static_cast<std::size_t>(r));
+      for (int c = 0; c < width; ++c) {
+        const std::int64_t count =
+            std::int64_t{std::min(looks_across, source.width - c * looks_across)} * rows;
+        mean[c] = static_cast<float>(sums[static_cast<std::size_t>(c)]) / static_cast<float>(count);
+      }
+      reports.step();
+    }
+  }
+  reports.end();
+  return result;
+}
+
+/// The bytes of a path of any kind that open() takes.
+std::string path_of(const py::object& path, Argument argument) {
+  const py::module_ os = py::module_::import("os");
+  auto text = os.attr("fsencode")(path).cast<std::string>();
+  if (text.empty() || text.find('\0') != std::string::npos) {
+    value_error(argument, "is no path: it is empty or has a zero byte");
+  }
+  return text;
+}
+
+void multilook_file(const py::object& output_path, const py::object& input_path, int looks_across,
+                    int looks_down, const std::vector<std::string>& creation_options,
+                    const py::object& progress) {
+  const char* const function = "multilook_file";
+  require_looks(function, looks_across, looks_down);
+  Progress reports(function, progress);
+  const std::string output = path_of(output_path, {function, "output_path"});
+  const std::string input = path_of(input_path, {function, "input_path"});
+  const py::object is_file = py::module_::import("os.path").attr("exists");
+  const py::object same = py::module_::import("os.path").attr("samefile");
+  const py::bytes output_bytes(output);
+  const py::bytes input_bytes(input);
+  if (output == input || (is_file(output_bytes).cast<bool>() && is_file(input_bytes).cast<bool>() &&
+                          same(output_bytes, input_bytes).cast<bool>())) {
+    value_error({function, "output_path"}, "is the input, which creating it would replace");
+  }
+  std::vector<const char*> options;
+  options.reserve(creation_options.size());
+  for (const std::string& option : creation_options) {
+    options.push_back(option.c_str());
+  }
+  int status = 0;
+  std::string failure;
+  {
+    const py::gil_scoped_release unlocked;
+    host::clear_raster_failure();
+    if (!host::set_creation_options(options.data(), static_cast<int>(options.size()))) {
+      failure = "no storage for the creation options";
+    } else {
+      Meter<CCustomMeterInfo> meter(reports);
+      status =
+          NoncoherentAccumulationR(output.c_str(), input.c_str(), looks_across, looks_down, &meter);
+      failure = host::raster_failure();
+      host::set_creation_options(nullptr, 0);
+    }
+  }
+  if (status == 0 || !failure.empty()) {
+    PyErr_SetString(PyExc_OSError, (std::string(function) + "(): " + failure).c_str());
+    throw py::error_already_set();
+  }
+  reports.end();
+}
+
+}  // namespace
+
+void bind_imaging(py::module_& module) {
+  module.doc() = R"(Multilooking of arrays and of raster files.)";
+
+  module.def("multilook", multilook, py::arg("image"), py::arg("looks_across"),
+             py::arg("looks_down"), py::arg("out") = py::none(), py::kw_only(),
+             py::arg("progress") = py::none(),
+             R"(multilook(image, looks_across, looks_down, out=None, *, progress=None)
+
+Noncoherent accumulation (multilooking) of an array: means over adjoining rectangles of looks_down x
+looks_across samples. The values are those of multilook_file() (C++: NoncoherentAccumulationR).
+
+A sum runs in double precision, row by row and from left to right; mean = float(sum) / float(count).
+The last rectangles average the samples that exist. Samples are averaged as they are: pass intensity
+or amplitude. L independent looks of fully developed speckle of intensity have a variance of mean^2/L.
+
+Parameters
+----------
+image : ndarray
+    (height, width) samples of (u)int8, (u)int16 or float32; other types could not become 32-bit
+    floats exactly and are refused, complex ones too. The last axis is contiguous, rows may lie
+    anywhere.
+looks_across : int
+    Columns averaged into one, at least 1; may exceed the width.
+looks_down : int
+    Rows averaged into one, 1 ... 36; may exceed the height.
+out : ndarray of float32, optional
+    (ceil(height / looks_down), ceil(width / looks_across)) means; made anew when None. It must not
+    share memory with `image`.
+progress : callable or object, optional
+    As in sarnum.fft.forward_2d(); a step is an output row.
+
+Returns
+-------
+ndarray of float32
+    `out`.
+)");
+
+  module.def(
+      "multilook_file", multilook_file, py::arg("output_path"), py::arg("input_path"),
+      py::arg("looks_across"), py::arg("looks_down"), py::kw_only(),
+      py::arg("creation_options") = std::vector<std::string>(), py::arg("progress") = py::none(),
+      R"(multilook_file(output_path, input_path, looks_across, looks_down, *, creation_options=(), progress=None)
+
+Noncoherent accumulation (multilooking) of the first band of a raster file (C++:
+NoncoherentAccumulationR).
+
+Reads what GDAL reads, writes a GeoTIFF of 32-bit floats, and holds looks_down input rows and one
+output row in memory at a time. Georeferencing is not carried over; the command `sarnum multilook`
+does that. Files of any number may be worked on at the same time, by threads or by processes.
+
+Parameters
+----------
+output_path : str or path-like
+    The file to create; an existing one is replaced. Mind the order.
+input_path : str or path-like
+    Another file: real samples, which are read as 32-bit floats.
+looks_across, looks_down : int
+    As in multilook().
+creation_options : sequence of str
+    GDAL's, as in ["COMPRESS=DEFLATE"].
+progress : callable or object, optional
+    As in sarnum.fft.forward_2d(); a step is an output row.
+
+Raises
+------
+OSError
+    When a file cannot be opened, created, read or written. The message names the file. Output that
+    exists by then is not whole: means over rows that could not be read are NaN.
+)");
+}
+
+}  // namespace sarnum::python
