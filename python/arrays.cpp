@@ -219,9 +219,10 @@ py::array exact(const py::object& value, Argument argument, const py::dtype& typ
   const py::array array = numpy.attr("asarray")(value);
   bool is_exact = false;
   if ((array.dtype().kind() == 'i' || array.dtype().kind() == 'u') && array.size() > 0) {
-    const std::int64_t bound = type.kind() == 'f'
-                                   ? std::int64_t{1} << (type.itemsize() == 8 ? 53 : 24)
-                                   : std::numeric_limits<std::int32_t>::max();
+    const py::ssize_t digits = type.kind() == 'i'                                 ? 31
+                               : type.itemsize() == (type.kind() == 'c' ? 16 : 8) ? 53
+                                                                                  : 24;
+    const std::int64_t bound = (std::int64_t{1} << digits) - (type.kind() == 'i' ? 1 : 0);
     is_exact = array.attr("max")().attr("__le__")(bound).cast<bool>() &&
                array.attr("min")().attr("__ge__")(-bound).cast<bool>();
   } else {
@@ -244,6 +245,19 @@ void require_vector(const py::array& array, Argument argument, py::ssize_t lengt
     value_error(argument, "has " + std::to_string(array.shape(0)) + " elements, not " +
                               std::to_string(length));
   }
+}
+
+py::array_t<double> vector_to_write(const py::object& out, Argument argument, py::ssize_t length) {
+  if (out.is_none()) {
+    return py::array_t<double>(length);
+  }
+  const py::array array = as_array(out, argument);
+  if (!has_type<double>(array)) {
+    type_error(argument, "is " + describe(array) + ": pass one of float64");
+  }
+  require_vector(array, argument, length);
+  lines_in_place(array, argument);
+  return py::array_t<double>(array);
 }
 
 int exponent_of(int length, Argument argument) {

@@ -11,6 +11,7 @@
 #include <pybind11/numpy.h>
 #include <pybind11/pybind11.h>
 
+#include <array>
 #include <string>
 #include <vector>
 
@@ -113,6 +114,47 @@ py::array_t<T> exact_vector(const py::object& value, Argument argument, py::ssiz
 template <typename T>
 T* elements(const py::array_t<T>& array) {
   return const_cast<T*>(array.data());
+}
+
+/// A contiguous vector of doubles to be written: `out`, or a new one for None.
+py::array_t<double> vector_to_write(const py::object& out, Argument argument, py::ssize_t length);
+
+/// An uninitialised array of the shape of another.
+template <typename T>
+py::array_t<T> array_like(const py::array& other) {
+  return py::array_t<T>(std::vector<py::ssize_t>(other.shape(), other.shape() + other.ndim()));
+}
+
+/// apply(x, y, ...) for each element of the arguments, which are broadcast against each other as
+/// NumPy does; a Python number where all are numbers. Runs without Python's lock.
+template <typename Input, typename Apply, std::size_t count>
+py::object elementwise(const char* function, const std::array<const char*, count>& names,
+                       const std::array<py::object, count>& values, Apply apply) {
+  py::list inputs;
+  for (std::size_t k = 0; k < count; ++k) {
+    inputs.append(exact<Input>(values[k], {function, names[k]}));
+  }
+  const py::list together = py::module_::import("numpy").attr("broadcast_arrays")(*inputs);
+  std::array<py::array_t<Input>, count> arrays;
+  std::array<const Input*, count> from{};
+  for (std::size_t k = 0; k < count; ++k) {
+    arrays[k] = exact<Input>(together[k], {function, names[k]});
+    from[k] = arrays[k].data();
+  }
+  const auto at = [&]<std::size_t... k>(py::ssize_t i, std::index_sequence<k...>) {
+    return apply(from[k][i]...);
+  };
+  using Result = decltype(at(0, std::make_index_sequence<count>()));
+  auto result = array_like<Result>(arrays[0]);
+  Result* const to = result.mutable_data();
+  const py::ssize_t size = result.size();
+  {
+    const py::gil_scoped_release unlocked;
+    for (py::ssize_t i = 0; i < size; ++i) {
+      to[i] = at(i, std::make_index_sequence<count>());
+    }
+  }
+  return arrays[0].ndim() == 0 ? result.attr("item")() : py::object(result);
 }
 
 /// The exponent of a length that must be a power of two up to 2^30.

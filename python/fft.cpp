@@ -2,6 +2,7 @@
 //
 // The process-wide tables of the table-driven transforms are reached through a context manager
 // alone, which counts who uses them: see Tables.
+#include <array>
 #include <complex>
 #include <cstdint>
 #include <memory>
@@ -422,22 +423,8 @@ py::object bit_reverse(const py::object& x, int bits) {
   if (bits < 0 || bits > 31) {
     value_error({"bit_reverse", "bits"}, "is " + std::to_string(bits) + ", not within 0 ... 31");
   }
-  if (py::isinstance<py::int_>(x)) {
-    return py::int_(ibitr(x.cast<int>(), bits));
-  }
-  const auto input = exact<std::int32_t>(x, {"bit_reverse", "x"});
-  py::array_t<std::int32_t> result(
-      std::vector<py::ssize_t>(input.shape(), input.shape() + input.ndim()));
-  const std::int32_t* const from = input.data();
-  std::int32_t* const to = result.mutable_data();
-  const py::ssize_t count = input.size();
-  {
-    const py::gil_scoped_release unlocked;
-    for (py::ssize_t i = 0; i < count; ++i) {
-      to[i] = ibitr(from[i], bits);
-    }
-  }
-  return result;
+  return elementwise<int>("bit_reverse", std::array{"x"}, std::array{x},
+                          [bits](int value) { return ibitr(value, bits); });
 }
 
 }  // namespace

@@ -8,6 +8,7 @@ sarnum.imaging  multilooking of arrays and of raster files
 
 The library's C++ headers are the manual; each docstring names the function or class that it calls.
 """
+import functools as _functools
 import sys as _sys
 
 from ._sarnum import build_info, fft, filters, imaging, linalg, numeric
@@ -15,12 +16,25 @@ from ._sarnum import build_info, fft, filters, imaging, linalg, numeric
 __all__ = ["build_info", "fft", "filters", "imaging", "linalg", "numeric"]
 __version__ = build_info()[0]
 
-# The submodules are compiled into one file: let `import sarnum.fft` find them, and let all that is
-# in them name the place where users see it.
+
+def _named(module, name, compiled):
+    """What users find as module.name: a function that can be pickled by this name, as Dask does."""
+    if isinstance(compiled, type):
+        compiled.__module__ = module.__name__
+        return compiled
+
+    @_functools.wraps(compiled)
+    def call(*args, **kwargs):
+        return compiled(*args, **kwargs)
+
+    call.__module__, call.__qualname__ = module.__name__, name
+    return call
+
+
+# The submodules are compiled into one file: let `import sarnum.fft` find them.
 for _module in (fft, filters, imaging, linalg, numeric):
     _module.__name__ = __name__ + "." + _module.__name__.rpartition(".")[2]
     _sys.modules[_module.__name__] = _module
-    for _thing in vars(_module).values():
-        if isinstance(_thing, type):
-            _thing.__module__ = _module.__name__
-del _module, _thing
+    for _name, _compiled in list(vars(_module).items()):
+        if callable(_compiled):
+            setattr(_module, _name, _named(_module, _name, _compiled))
