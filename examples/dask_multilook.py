@@ -30,12 +30,11 @@ import uuid
 
 import numpy
 import sarnum
-from dask.distributed import Client, LocalCluster, as_completed, progress
+from dask.distributed import Client, KilledWorker, LocalCluster, as_completed, progress
 from osgeo import gdal
 
 PIXELS_AT_ONCE = 1 << 20  # that a task holds in memory
 PIXELS_OF_A_TASK = 1 << 26
-COMPANIONS = (".aux.xml", ".ovr", ".msk")  # what GDAL would read with a file of another's making
 
 
 class SceneError(Exception):
@@ -101,9 +100,10 @@ def detected(scene, band, pixels):
     """Pixels, which are read as doubles, to samples that can be averaged."""
     samples = pixels
     if scene.detect == "intensity":
-        samples = pixels.real * pixels.real + pixels.imag * pixels.imag
+        re, im = sarnum.numeric.parts(pixels)
+        samples = re * re + im * im
     elif is_complex(band):
-        samples = numpy.sqrt(pixels.real * pixels.real + pixels.imag * pixels.imag)
+        samples = sarnum.numeric.amplitude(pixels)
     nodata = lost_nodata(scene, band)
     if nodata is not None:
         samples = numpy.where(numpy.isin(pixels, nodata_values(nodata)), numpy.nan, samples)
@@ -118,7 +118,7 @@ def averaged(scene, number, first, last):
     top, bottom = first * scene.down, min(last * scene.down, file.RasterYSize)
     coverage = band.GetDataCoverageStatus(0, top, file.RasterXSize, bottom - top)[0]
     if coverage & gdal.GDAL_DATA_COVERAGE_STATUS_EMPTY and band.GetNoDataValue() is None:
-        raise SceneError(f"'{scene.path}' is incomplete: parts of it were never written; make it again")
+        raise SceneError(f"'{scene.path}' is incomplete: parts of it are missing; copy or make it again")
     step = scene.down * max(1, PIXELS_AT_ONCE // (file.RasterXSize * scene.down))
     for y in range(top, bottom, step):
         pixels = band.ReadAsArray(0, y, file.RasterXSize, min(step, bottom - y),
@@ -224,6 +224,10 @@ def attempt(target, make, scene, *arguments, after=()):
 # --- Where the program runs ------------------------------------------------------------------------
 
 
+def tell(line):
+    print(f"dask_multilook: {line}", file=sys.stderr)
+
+
 def submit(client, scene, rows_of_a_task):
     """Hands the scene's tasks to Dask; the last one, which is given back, waits for the others."""
     file = opened(scene.path)
@@ -232,6 +236,9 @@ def submit(client, scene, rows_of_a_task):
         if scene.detect == "none" and is_complex(band):
             raise SceneError(f"'{scene.path}' holds complex pixels, which cannot be averaged; leave out "
                              "--detect none")
+        if scene.detect == "intensity" and not is_complex(band):
+            tell(f"warning: band {number} of '{scene.path}' holds real values, which are taken as amplitudes "
+                 "and squared; --detect none averages them as they are")
         if band.GetScale() not in (None, 1) or band.GetOffset() not in (None, 0):
             raise SceneError(f"'{scene.path}' has a scale or an offset, which would be lost; first run: "
                              "gdal_translate -unscale")
@@ -250,12 +257,22 @@ def submit(client, scene, rows_of_a_task):
                          after=made, pure=False)
 
 
+def companions(output):
+    """Files that GDAL would read with the output: not those of another one."""
+    return [pathlib.Path(f"{output}{suffix}") for suffix in (".aux.xml", ".ovr", ".msk")]
+
+
+def check_output(scene, overwrite):
+    for path in [scene.output, *companions(scene.output)]:
+        if path.exists() and not overwrite:
+            raise SceneError(f"'{path}' exists; give --overwrite to replace it")
+
+
 def publish(scene, overwrite):
-    if scene.output.exists() and not overwrite:
-        raise SceneError(f"'{scene.output}' has appeared meanwhile; give --overwrite to replace it")
+    check_output(scene, overwrite)  # it may have appeared meanwhile
     os.replace(scene.whole, scene.output)
-    for suffix in COMPANIONS:
-        pathlib.Path(f"{scene.output}{suffix}").unlink(missing_ok=True)
+    for path in companions(scene.output):
+        path.unlink(missing_ok=True)
 
 
 def run(client, scenes, rows_of_a_task, overwrite, show_progress):
@@ -264,8 +281,7 @@ def run(client, scenes, rows_of_a_task, overwrite, show_progress):
     try:
         for scene in scenes:
             try:
-                if scene.output.exists() and not overwrite:
-                    raise SceneError(f"'{scene.output}' exists; give --overwrite to replace it")
+                check_output(scene, overwrite)
                 futures[submit(client, scene, rows_of_a_task)] = scene
             except (SceneError, RuntimeError, OSError) as error:
                 failures.append(str(error))
@@ -281,8 +297,10 @@ def run(client, scenes, rows_of_a_task, overwrite, show_progress):
                     publish(scene, overwrite)
             except (SceneError, OSError) as error:
                 failure = str(error)
-            except Exception as error:  # of Dask: it has given up
-                failure = f"'{scene.path}': {error}; see whether its tasks fit into the workers' memory"
+            except KilledWorker:
+                failure = f"'{scene.path}': three workers died in one of its tasks; see their logs and memory"
+            except Exception as error:  # of Dask, or what a worker lacks
+                failure = f"'{scene.path}': {' '.join(str(error).split()) or type(error).__name__}"
             failures += [failure] if failure else []
             shutil.rmtree(scene.work, ignore_errors=True)
         if bar.ident:
@@ -354,9 +372,13 @@ def main():
             client.wait_for_workers(1, timeout=60)
             failures = run(client, scenes, given.rows, given.overwrite, given.progress and not given.quiet)
     except (OSError, TimeoutError) as error:
-        failures = [f"no work was begun: {error}"]
+        tell(f"no work could be done: {error}")
+        return 1
+    except KeyboardInterrupt:
+        tell("interrupted")
+        return 1
     for failure in failures:
-        print(f"dask_multilook: {failure}", file=sys.stderr)
+        tell(failure)
     if not given.quiet:
         print(f"{len(scenes) - len(failures)} of {len(scenes)} scenes are in '{given.folder}'")
     return 1 if failures else 0

@@ -41,7 +41,7 @@ def picture(name, title, power, lowest, highest, axes=("slant range, samples", "
 # An X-band radar on an aircraft. Each pulse sweeps 80 MHz in 4 us; echoes are sampled at 100 MHz, so
 # a sample of slant range is 1.5 m. A reflector stays in the beam for 150 m of the flight, 188 pulses,
 # over which its distance changes by 0.28 m: a fifth of a sample, so that range migration need not be
-# corrected.
+# corrected. It costs a peak 1 percent of its height.
 
 # %%
 light = 299792458.0  # m/s
@@ -81,7 +81,7 @@ distances = first_range + range_spacing * numpy.arange(width)
 # are (line, sample, amplitude).
 
 # %%
-reflectors = [(150, 800, 120.0), (420, 1000, 80.0), (650, 760, 100.0)]
+reflectors = [(150, 803, 120.0), (420, 1010, 80.0), (650, 761, 100.0)]
 brightness = numpy.ones((height, width))
 brightness[:, 600:] = 0.4
 brightness[300:550, 850:1150] = 2.0
@@ -232,5 +232,20 @@ plot.plot(values, numpy.exp(-values), "k", lw=1, label="theory of a single look:
 plot.set(title="Intensity of one field", xlabel="intensity / mean", ylabel="density")
 plot.legend()
 figure.savefig(folder / "6_histograms.png", dpi=100)
+plt.close(figure)
+
+# %% [markdown]
+# The whole way in one picture: raw, compressed in range, compressed in azimuth, and 4 x 4 looks. (The
+# first three show the strongest of 4 x 4 pixels, lest reflectors vanish between them.)
+
+# %%
+figure, plots = plt.subplots(2, 2, figsize=(6.4, 4.4), layout="constrained")
+stages = [(power(raw)[:height, :width], 30, 60), (power(range_compressed)[:height], 10, 45),
+          (intensity, -5, 25), (looks, -15, 15)]
+for plot, (stage, lowest, highest) in zip(plots.flat, stages):
+    strongest = stage if stage is looks else stage.reshape(height // 4, 4, width // 4, 4).max(axis=(1, 3))
+    plot.imshow(10 * numpy.log10(strongest + 1e-12), vmin=lowest, vmax=highest, **decibel_range)
+    plot.set_axis_off()
+figure.savefig(folder / "7_overview.png", dpi=100)
 plt.close(figure)
 print(f"pictures are in {folder}")

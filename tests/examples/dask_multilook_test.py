@@ -46,7 +46,7 @@ def make_scenes(folder):
         values[:50, ::7] = -99
         return values
 
-    for k in range(4):
+    for k in range(3):
         make_scene(folder / f"integers{k}.tif", gdal.GDT_CInt16, 1, lambda s: complex_numbers(s).round())
     make_scene(folder / "bands.tif", gdal.GDT_CFloat32, 3, complex_numbers)
     make_scene(folder / "gaps.tif", gdal.GDT_Float32, 1, amplitudes)
@@ -109,7 +109,7 @@ def main():
         (out / "existing_3x4.tif").write_text("mine")
         (out / ".gaps_3x4.tif.work").mkdir()  # as a run that was killed leaves it
         (out / ".gaps_3x4.tif.work" / "whole.tif").write_text("stale")
-        run = subprocess.Popen([EXAMPLE, str(scenes / "*.tif"), str(out), "--looks", "3x4", "--rows", "60",
+        run = subprocess.Popen([sys.executable, EXAMPLE, str(scenes / "*.tif"), str(out), "--looks", "3x4", "--rows", "60",
                                 "--workers", "2"], stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
         try:
             killed = kill_a_worker(run, out)
@@ -118,11 +118,11 @@ def main():
             printed, errors = run.communicate(timeout=100)
         finally:
             run.kill()
-        told = [line for line in errors.splitlines() if line.startswith("dask_multilook: ")]
+        told = [line for line in errors.splitlines() if line.startswith("dask_multilook: '")]
         assert run.returncode == 1 and len(told) == 2, errors
         assert any("existing_3x4.tif' exists; give --overwrite" in line for line in told), errors
         assert any("short.tif'" in line for line in told), errors
-        assert printed == f"6 of 8 scenes are in '{out}'\n", printed
+        assert printed == f"5 of 7 scenes are in '{out}'\n", printed
 
         assert sorted(os.listdir(out)) == sorted(
             f"{file.stem}_3x4.tif" for file in scenes.iterdir() if file.stem != "short"), os.listdir(out)
