@@ -5,15 +5,16 @@ PREFIX = /usr/local
 DEMO_DIR = demo
 
 BUILD_PACKAGES = g++ cmake ninja-build libgdal-dev libcli11-dev nlohmann-json3-dev
-TEST_PACKAGES = $(BUILD_PACKAGES) libgtest-dev libgmock-dev pkgconf python3 abigail-tools \
-  doxygen doxygen-awesome-css
-LONG_TEST_PACKAGES = $(TEST_PACKAGES) clang libclang-rt-dev python3-gdal
+PYTHON_PACKAGES = pybind11-dev python3-dev python3-numpy
+TEST_PACKAGES = $(BUILD_PACKAGES) $(PYTHON_PACKAGES) libgtest-dev libgmock-dev pkgconf python3 abigail-tools \
+  doxygen doxygen-awesome-css python3-scipy python3-gdal python3-pytest python3-hypothesis
+LONG_TEST_PACKAGES = $(TEST_PACKAGES) clang libclang-rt-dev
 COVERAGE_PACKAGES = $(TEST_PACKAGES) gcovr
 DOCS_PACKAGES = $(BUILD_PACKAGES) python3 doxygen doxygen-awesome-css
-PACKAGE_PACKAGES = $(DOCS_PACKAGES) dpkg-dev file gzip lintian
+PACKAGE_PACKAGES = $(DOCS_PACKAGES) $(PYTHON_PACKAGES) dpkg-dev file gzip lintian
 LINT_PACKAGES = $(TEST_PACKAGES) clang clang-format clang-tidy
-BENCH_PACKAGES = $(BUILD_PACKAGES) libbenchmark-dev libfftw3-dev libopenblas-dev \
-  liblapacke-dev pkgconf gdal-bin python3-gdal python3-numpy
+BENCH_PACKAGES = $(BUILD_PACKAGES) $(PYTHON_PACKAGES) libbenchmark-dev libfftw3-dev libopenblas-dev \
+  liblapacke-dev pkgconf gdal-bin python3-gdal python3-scipy
 
 # How many processes a build and a test run may use.
 JOBS = $$(nproc 2>/dev/null || echo 2)
@@ -35,7 +36,7 @@ help:
 	@echo 'make test-long           the tests that take long: all under all sanitizers, fuzzing,'
 	@echo '                         seeded faults (up to an hour)'
 	@echo 'make coverage            which branches of the library the tests take (build/coverage)'
-	@echo 'make bench               time the library against FFTW, OpenBLAS, GDAL, NumPy and memory'
+	@echo 'make bench               time the library against FFTW, OpenBLAS, GDAL, NumPy, SciPy, memory'
 	@echo '                         (one table of ratios; JSON in build/bench)'
 	@echo 'make lint                check the format of the sources and run clang-tidy'
 	@echo 'make docs                write the site of documents and reference, build/docs/docs/site'
@@ -89,23 +90,24 @@ lint:
 	@sh cmake/install_packages.sh $(LINT_PACKAGES)
 	git ls-files -z '*.h' '*.cpp' | xargs -0 clang-format --dry-run --Werror
 	cmake -S . -B build/lint -G Ninja -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_BUILD_TYPE=Debug \
-	  -DSARNUM_BUILD_TESTS=ON -DCMAKE_EXPORT_COMPILE_COMMANDS=ON
-	git ls-files -z 'src/*.cpp' 'tools/*.cpp' 'examples/*.cpp' | \
+	  -DSARNUM_BUILD_TESTS=ON -DSARNUM_BUILD_PYTHON=ON -DCMAKE_EXPORT_COMPILE_COMMANDS=ON
+	git ls-files -z 'src/*.cpp' 'tools/*.cpp' 'examples/*.cpp' 'python/*.cpp' | \
 	  xargs -0 -n 1 -P "$(JOBS)" clang-tidy --quiet --warnings-as-errors='*' -p build/lint
 
 bench:
 	@sh cmake/install_packages.sh $(BENCH_PACKAGES)
 	cmake --preset bench
 	cmake --build --preset bench --parallel "$(JOBS)" \
-	  --target transforms_bench numeric_bench linalg_bench multilook_bench sarnum_tool
+	  --target transforms_bench numeric_bench linalg_bench multilook_bench sarnum_tool sarnum_python
 	for name in transforms numeric linalg multilook; do \
 	  build/bench/bench/$${name}_bench build/bench/$$name.json || exit 1; \
 	done
 	/usr/bin/python3 bench/tool_bench.py build/bench/tools/sarnum/sarnum build/bench/rasters \
 	  build/bench/tool.json
+	PYTHONPATH=build/bench/python /usr/bin/python3 bench/python_bench.py build/bench/python.json
 	/usr/bin/python3 bench/table.py build/bench/all.json \
 	  build/bench/transforms.json build/bench/numeric.json build/bench/linalg.json \
-	  build/bench/multilook.json build/bench/tool.json
+	  build/bench/multilook.json build/bench/tool.json build/bench/python.json
 
 docs:
 	@sh cmake/install_packages.sh $(DOCS_PACKAGES)
@@ -118,7 +120,8 @@ package:
 	@sh cmake/install_packages.sh $(PACKAGE_PACKAGES)
 	@cmake -S . -B build/package -G Ninja -DCMAKE_BUILD_TYPE=Release -DCMAKE_INSTALL_PREFIX=/usr \
 	  -DCMAKE_SKIP_INSTALL_RPATH=ON -DCMAKE_INSTALL_DOCDIR=share/doc/sarnum-doc \
-	  -DSARNUM_BUILD_TOOLS=ON -DSARNUM_BUILD_EXAMPLES=ON --log-level=WARNING >/dev/null
+	  -DSARNUM_BUILD_TOOLS=ON -DSARNUM_BUILD_EXAMPLES=ON -DSARNUM_BUILD_PYTHON=ON \
+	  --log-level=WARNING >/dev/null
 	cmake --build build/package --parallel "$(JOBS)" --target all docs
 	cd build/package && rm -f *.deb && cpack >cpack.log || { cat cpack.log; exit 1; }
 	lintian --fail-on error build/package/*.deb

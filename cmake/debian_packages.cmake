@@ -24,6 +24,10 @@ sarnum_debian_documents(development libsarnum-dev)
 sarnum_debian_documents(tools sarnum-tools)
 sarnum_debian_documents(documentation sarnum-doc)
 set(CPACK_COMPONENTS_ALL library development tools documentation)
+if(SARNUM_BUILD_PYTHON)
+  sarnum_debian_documents(python python3-sarnum)
+  list(APPEND CPACK_COMPONENTS_ALL python)
+endif()
 
 set(about "Fourier transforms of lines and of rasters of any pixel type, a numeric
 toolkit, linear systems and least-squares fits, spectral filters and
@@ -37,10 +41,13 @@ set(CPACK_DEBIAN_TOOLS_DESCRIPTION "command-line tool for radar images
 ${about}\nThis package holds the program sarnum: statistics, detection,\nmultilooking and spectra of raster files.")
 set(CPACK_DEBIAN_DOCUMENTATION_DESCRIPTION "numerical routines for radar images (documentation)
 ${about}\nThis package holds the guides and the reference, to be read in a browser.")
+set(CPACK_DEBIAN_PYTHON_DESCRIPTION "numerical routines for radar images (Python module)
+${about}\nThis package holds the module sarnum for Python 3, on NumPy arrays.")
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION science)
 set(CPACK_DEBIAN_DOCUMENTATION_PACKAGE_SECTION doc)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
 set(CPACK_DEBIAN_DOCUMENTATION_PACKAGE_ARCHITECTURE all)
 
 set(same_version "(= ${PROJECT_VERSION})")
@@ -51,6 +58,12 @@ set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_DOCUMENTATION_PACKAGE_SHLIBDEPS OFF)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${library_package} ${same_version}")
 set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "${library_package} ${same_version}")
+if(SARNUM_BUILD_PYTHON)  # the module is for the one version of Python that it was built with
+  string(REGEX MATCH "^([0-9]+)\\.([0-9]+)" python ${SARNUM_PYTHON_VERSION})
+  math(EXPR next_minor "${CMAKE_MATCH_2} + 1")
+  set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "${library_package} ${same_version}, \
+python3 (>= ${python}~), python3 (<< ${CMAKE_MATCH_1}.${next_minor}), python3-numpy")
+endif()
 
 # Debian's libraries tell the linker by a trigger that they are there.
 file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/debian/triggers "activate-noawait ldconfig\n")
