@@ -35,6 +35,7 @@ from osgeo import gdal
 
 PIXELS_AT_ONCE = 1 << 20  # that a task holds in memory
 PIXELS_OF_A_TASK = 1 << 26
+CACHE = 1 << 26  # bytes that GDAL keeps of a file, beside what a row of its tiles needs
 
 
 class SceneError(Exception):
@@ -67,9 +68,16 @@ class Scene:
 # --- On the workers ------------------------------------------------------------------------------
 
 
+def one_line(error):
+    return " ".join(str(error).split()) or type(error).__name__
+
+
 def opened(path):
     gdal.UseExceptions()
-    file = gdal.Open(os.fspath(path))
+    try:
+        file = gdal.Open(os.fspath(path))
+    except RuntimeError as error:
+        raise SceneError(f"cannot open '{path}': {one_line(error)}") from None
     if file.RasterCount == 0:
         raise SceneError(f"'{path}' holds no raster band; name one of its parts (see gdalinfo)")
     return file
@@ -119,10 +127,15 @@ def averaged(scene, number, first, last):
     coverage = band.GetDataCoverageStatus(0, top, file.RasterXSize, bottom - top)[0]
     if coverage & gdal.GDAL_DATA_COVERAGE_STATUS_EMPTY and band.GetNoDataValue() is None:
         raise SceneError(f"'{scene.path}' is incomplete: parts of it are missing; copy or make it again")
+    row_of_blocks = file.RasterXSize * band.GetBlockSize()[1] * gdal.GetDataTypeSize(band.DataType) // 8
+    gdal.SetCacheMax(CACHE + row_of_blocks)
     step = scene.down * max(1, PIXELS_AT_ONCE // (file.RasterXSize * scene.down))
     for y in range(top, bottom, step):
-        pixels = band.ReadAsArray(0, y, file.RasterXSize, min(step, bottom - y),
-                                  buf_type=gdal.GDT_CFloat64 if is_complex(band) else gdal.GDT_Float64)
+        try:
+            pixels = band.ReadAsArray(0, y, file.RasterXSize, min(step, bottom - y),
+                                      buf_type=gdal.GDT_CFloat64 if is_complex(band) else gdal.GDT_Float64)
+        except RuntimeError as error:
+            raise SceneError(f"cannot read '{scene.path}': {one_line(error)}; copy or make it again") from None
         means = sarnum.imaging.multilook(detected(scene, band, pixels), scene.across, scene.down)
         yield number, y // scene.down, means
 
@@ -170,6 +183,7 @@ def describe(target, scene):
 def write(target, width, height, blocks, first=0, count=1, options=(), scene=None):
     """Makes a GeoTIFF of (band, row, samples), its rows counted from `first`: whole, or not at all."""
     temporary = target.with_name(f"{os.getpid()}-{uuid.uuid4().hex}.tmp")
+    gdal.UseExceptions()
     try:
         file = gdal.GetDriverByName("GTiff").Create(
             os.fspath(temporary), width, height, count, gdal.GDT_Float32,
@@ -186,6 +200,7 @@ def write(target, width, height, blocks, first=0, count=1, options=(), scene=Non
         file = None
         os.replace(temporary, target)
     finally:
+        gdal.DontUseExceptions()  # closing what could not be written fails too
         file = None
         temporary.unlink(missing_ok=True)
 
@@ -214,8 +229,7 @@ def attempt(target, make, scene, *arguments, after=()):
     except SceneError as error:
         failure = str(error)
     except (RuntimeError, OSError, ValueError, TypeError, MemoryError) as error:
-        reason = " ".join(str(error).split()).replace(os.fspath(scene.work), "")
-        failure = f"'{scene.path}': {reason or type(error).__name__}"
+        failure = f"cannot write '{scene.output}': {one_line(error)}; see whether its disk is full"
     if failure and scene.work.is_dir():
         failed.touch()  # the other tasks of the scene can be left undone
     return failure
@@ -300,7 +314,7 @@ def run(client, scenes, rows_of_a_task, overwrite, show_progress):
             except KilledWorker:
                 failure = f"'{scene.path}': three workers died in one of its tasks; see their logs and memory"
             except Exception as error:  # of Dask, or what a worker lacks
-                failure = f"'{scene.path}': {' '.join(str(error).split()) or type(error).__name__}"
+                failure = f"'{scene.path}': {one_line(error)}"
             failures += [failure] if failure else []
             shutil.rmtree(scene.work, ignore_errors=True)
         if bar.ident:
@@ -366,8 +380,8 @@ def main():
         os.makedirs(given.folder, exist_ok=True)
         with contextlib.ExitStack() as stack:
             cluster = given.scheduler or stack.enter_context(LocalCluster(
-                n_workers=given.workers, threads_per_worker=1, memory_limit=0, dashboard_address=None,
-                silence_logs=logging.ERROR))
+                n_workers=given.workers, threads_per_worker=1, memory_limit=0,
+                dashboard_address="127.0.0.1:0", silence_logs=logging.ERROR))
             client = stack.enter_context(Client(cluster, timeout=10))
             client.wait_for_workers(1, timeout=60)
             failures = run(client, scenes, given.rows, given.overwrite, given.progress and not given.quiet)

@@ -53,6 +53,7 @@ def make_scenes(folder):
     make_scene(folder / "existing.tif", gdal.GDT_CInt16, 1, complex_numbers)
     make_scene(folder / "short.tif", gdal.GDT_CInt16, 1, complex_numbers)
     os.truncate(folder / "short.tif", 4_000_000)
+    gdal.GetDriverByName("GTiff").Create(str(folder / "unwritten.tif"), 99, 99, options=["SPARSE_OK=YES"])
 
 
 def stop(pid):
@@ -118,18 +119,19 @@ def main():
             printed, errors = run.communicate(timeout=100)
         finally:
             run.kill()
-        told = [line for line in errors.splitlines() if line.startswith("dask_multilook: '")]
-        assert run.returncode == 1 and len(told) == 2, errors
+        told = [line for line in errors.splitlines() if line.startswith("dask_multilook: ") and "warning" not in line]
+        assert run.returncode == 1 and len(told) == 3, errors
         assert any("existing_3x4.tif' exists; give --overwrite" in line for line in told), errors
         assert any("short.tif'" in line for line in told), errors
-        assert printed == f"5 of 7 scenes are in '{out}'\n", printed
+        assert any("unwritten.tif' is incomplete" in line for line in told), errors
+        assert printed == f"5 of 8 scenes are in '{out}'\n", printed
 
         assert sorted(os.listdir(out)) == sorted(
-            f"{file.stem}_3x4.tif" for file in scenes.iterdir() if file.stem != "short"), os.listdir(out)
+            f"{file.stem}_3x4.tif" for file in scenes.iterdir() if file.stem not in ("short", "unwritten")), os.listdir(out)
         for file, content in complete.items():
             assert file.read_bytes() == content, file
         for scene in scenes.iterdir():
-            if scene.stem not in ("short", "existing"):
+            if scene.stem not in ("short", "unwritten", "existing"):
                 for number in range(1, 4 if scene.stem == "bands" else 2):
                     parallel = described(out / f"{scene.stem}_3x4.tif", [number])
                     numpy.testing.assert_equal(parallel, serial(scene, number, folder), str(scene))
