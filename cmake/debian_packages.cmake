@@ -63,6 +63,8 @@ if(SARNUM_BUILD_PYTHON)  # the module is for the one version of Python that it w
   math(EXPR next_minor "${CMAKE_MATCH_2} + 1")
   set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "${library_package} ${same_version}, \
 python3 (>= ${python}~), python3 (<< ${CMAKE_MATCH_1}.${next_minor}), python3-numpy")
+  set(scripts ${CMAKE_CURRENT_SOURCE_DIR}/cmake/debian/python3-sarnum)  # what Python compiles goes too
+  set(CPACK_DEBIAN_PYTHON_PACKAGE_CONTROL_EXTRA "${scripts}/postinst;${scripts}/prerm")
 endif()
 
 # Debian's libraries tell the linker by a trigger that they are there.

@@ -1,11 +1,12 @@
 #!/usr/bin/env python3
 """run_blocks.py PAGE.md FOLDER COMPILER [FLAG ...]: does what a page tells its reader to do.
 
-The fenced blocks of a page are taken in order, in FOLDER, which is
-made anew: `sh` blocks are run, `cpp` blocks are
-compiled as programs and run, and what they print is what a `text` block behind them shows. Commands
-are found on PATH. Fails at the first block that does not do what the page says.
+The fenced blocks of a page are taken in order, in FOLDER, which is made anew: `sh` blocks are run,
+`cpp` blocks are compiled as programs and run, `python` blocks are run by this interpreter (or passed
+over where there is no module sarnum), and what they print is what a `text` block behind them shows.
+Commands are found on PATH. Fails at the first block that does not do what the page says.
 """
+import importlib.util
 import pathlib
 import re
 import shutil
@@ -39,11 +40,14 @@ def main():
             program = str(source.with_suffix(""))
             run([compile_command[0], str(source), "-o", program, *compile_command[1:]], folder, what)
             printed = run([program], folder, what)
+        elif kind == "python":
+            has_module = importlib.util.find_spec("sarnum") is not None
+            printed = run([sys.executable, "-c", block], folder, what) if has_module else None
         elif kind == "text":
-            if printed != block:
+            if printed not in (None, block):
                 sys.exit(f"{what}: what stands above prints\n{printed}")
         elif kind != "cmake":  # the installed package is tried with it
-            sys.exit(f"{what}: expected sh, cpp, text or cmake")
+            sys.exit(f"{what}: expected sh, cpp, python, text or cmake")
     if not blocks:
         sys.exit(f"{page.name}: no blocks")
     print(f"{page.name}: {len(blocks)} blocks")

@@ -1,7 +1,7 @@
 #!/bin/sh
 # clean_root.sh DEBS ROOT README.md: the Debian packages in a system that has nothing else. Installs
-# them, compiles the README's program, runs the tool, and removes them without leftovers. Needs
-# root, debootstrap and a Debian mirror: the one that apt uses here.
+# them, compiles the README's program, runs the tool and the Python module, and removes them without
+# leftovers. Needs root, debootstrap and a Debian mirror: the one that apt uses here.
 set -eu
 debs=$1 root=$2 readme=$3
 in_root() { DEBIAN_FRONTEND=noninteractive LC_ALL=C chroot "$root" "$@"; }
@@ -10,7 +10,8 @@ rm -rf "$root"
 mirror=$(apt-get indextargets --format '$(REPO_URI)' "Created-By: Packages" "Codename: bookworm" | head -n 1)
 debootstrap --variant=minbase bookworm "$root" "$mirror" >"$root.log" 2>&1
 in_root apt-get update -q >>"$root.log" 2>&1
-in_root apt-get install -yq --no-install-recommends g++ pkgconf libgdal32 >>"$root.log" 2>&1
+in_root apt-get install -yq --no-install-recommends g++ pkgconf libgdal32 \
+  python3-numpy >>"$root.log" 2>&1
 # What these packages leave behind is their own affair.
 listing() { (cd "$root" && find . -xdev -not -path './var/*' -not -path './tmp/*' -not -path './proc/*' \
   -not -path './etc/ld.so.cache' | sort); }
@@ -25,11 +26,13 @@ in_root sh -euc 'cd /tmp; c++ program.cpp -o program $(pkg-config --cflags --lib
 in_root sarnum --version
 in_root sh -euc 'cd /tmp; printf "ncols 2\nnrows 2\nxllcorner 0\nyllcorner 0\ncellsize 1\n1.5 2.5\n3.5 4.5\n" >in.asc
   sarnum multilook in.asc out.tif --looks 2x2 -q && sarnum stats out.tif'
+in_root python3 -c 'import numpy, sarnum
+assert sarnum.imaging.multilook(numpy.ones((4, 4), numpy.float32), 2, 2).sum() == 4.0'
 for file in doc/sarnum-doc/html/index.html man/man1/sarnum.1.gz bash-completion/completions/sarnum; do
   [ -f "$root/usr/share/$file" ]
 done
 
-in_root sh -c 'apt-get purge -yq libsarnum1 libsarnum-dev sarnum-tools sarnum-doc' >>"$root.log" 2>&1
+in_root sh -c 'apt-get purge -yq libsarnum1 libsarnum-dev sarnum-tools sarnum-doc python3-sarnum' >>"$root.log" 2>&1
 listing >"$root.after"
 diff "$root.before" "$root.after" || {
   echo "the packages left something behind, or took something along" >&2
