@@ -289,39 +289,37 @@ def publish(scene, overwrite):
         path.unlink(missing_ok=True)
 
 
-def run(client, scenes, rows_of_a_task, overwrite, show_progress):
-    """Works on all scenes; gives one line for each that failed."""
+def run(client, scenes, rows_of_a_task, overwrite, show_progress, clean):
+    """Works on all scenes; gives one line for each that failed. What is pushed to `clean` is called
+    when no worker is left."""
     failures, futures = [], {}
-    try:
-        for scene in scenes:
-            try:
-                check_output(scene, overwrite)
-                futures[submit(client, scene, rows_of_a_task)] = scene
-            except (SceneError, RuntimeError, OSError) as error:
-                failures.append(str(error))
-        # All futures are held to the end, or the bar could not find them.
-        bar = threading.Thread(target=progress, args=(list(futures),), daemon=True)
-        if show_progress and futures:
-            bar.start()
-        for future in as_completed(futures):
-            scene = futures[future]
-            try:
-                failure = future.result()
-                if not failure:
-                    publish(scene, overwrite)
-            except (SceneError, OSError) as error:
-                failure = str(error)
-            except KilledWorker:
-                failure = f"'{scene.path}': three workers died in one of its tasks; see their logs and memory"
-            except Exception as error:  # of Dask, or what a worker lacks
-                failure = f"'{scene.path}': {one_line(error)}"
-            failures += [failure] if failure else []
-            shutil.rmtree(scene.work, ignore_errors=True)
-        if bar.ident:
-            bar.join(timeout=5)
-    finally:
-        for scene in futures.values():
-            shutil.rmtree(scene.work, ignore_errors=True)
+    for scene in scenes:
+        try:
+            check_output(scene, overwrite)
+            clean.callback(shutil.rmtree, scene.work, ignore_errors=True)
+            futures[submit(client, scene, rows_of_a_task)] = scene
+        except (SceneError, RuntimeError, OSError) as error:
+            failures.append(str(error))
+    # All futures are held to the end, or the bar could not find them.
+    bar = threading.Thread(target=progress, args=(list(futures),), daemon=True)
+    if show_progress and futures:
+        bar.start()
+    for future in as_completed(futures):
+        scene = futures[future]
+        try:
+            failure = future.result()
+            if not failure:
+                publish(scene, overwrite)
+        except (SceneError, OSError) as error:
+            failure = str(error)
+        except KilledWorker:
+            failure = f"'{scene.path}': three workers died in one of its tasks; see their logs and memory"
+        except Exception as error:  # of Dask, or what a worker lacks
+            failure = f"'{scene.path}': {one_line(error)}"
+        failures += [failure] if failure else []
+        shutil.rmtree(scene.work, ignore_errors=True)
+    if bar.ident:
+        bar.join(timeout=5)
     return failures
 
 
@@ -378,13 +376,14 @@ def main():
     given, scenes = arguments()
     try:
         os.makedirs(given.folder, exist_ok=True)
-        with contextlib.ExitStack() as stack:
+        with contextlib.ExitStack() as clean, contextlib.ExitStack() as stack:
             cluster = given.scheduler or stack.enter_context(LocalCluster(
                 n_workers=given.workers, threads_per_worker=1, memory_limit=0,
                 dashboard_address="127.0.0.1:0", silence_logs=logging.ERROR))
             client = stack.enter_context(Client(cluster, timeout=10))
             client.wait_for_workers(1, timeout=60)
-            failures = run(client, scenes, given.rows, given.overwrite, given.progress and not given.quiet)
+            failures = run(client, scenes, given.rows, given.overwrite, given.progress and not given.quiet,
+                           clean)
     except (OSError, TimeoutError) as error:
         tell(f"no work could be done: {error}")
         return 1
