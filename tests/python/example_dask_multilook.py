@@ -1,6 +1,6 @@
 """Multilooks scenes on two workers, kills one at its work, and compares with the tool, scene by scene.
 
-dask_multilook_test.py EXAMPLE TOOL
+example_dask_multilook.py EXAMPLE TOOL
 """
 import os
 import pathlib

@@ -1,4 +1,4 @@
-"""Runs the tutorial and holds its image against geometry and theory. tutorial_test.py TUTORIAL"""
+"""Runs the tutorial and holds its image against geometry and theory. example_tutorial.py TUTORIAL"""
 import cmath
 import math
 import os
