@@ -37,35 +37,58 @@ void require_looks(const char* function, int across, int down) {
   }
 }
 
-/// Sums of one row of looks, column by column of the output, each in the library's order: row by
-/// row and from left to right.
-template <typename T>
-void add_row(const void* row, int width, int looks_across, std::vector<double>& sums) {
+/// Adds a row of samples to the sums of its looks, each in the library's order: row by row and from
+/// left to right. `looks` is the number of columns if it is known here, which halves the time, or
+/// 0.
+template <typename T, int looks>
+void add_row(const void* row, int width, int looks_across, double* sums) {
+  const int across = looks != 0 ? looks : looks_across;
   const T* sample = static_cast<const T*>(row);
-  for (std::size_t c = 0; c < sums.size(); ++c) {
-    const int count = std::min(looks_across, width - static_cast<int>(c) * looks_across);
-    double sum = sums[c];
-    for (int k = 0; k < count; ++k) {
-      sum += static_cast<double>(static_cast<float>(*sample++));
+  const T* const end = sample + width;
+  for (; end - sample >= across; sample += across) {
+    double sum = *sums;
+    for (int k = 0; k < across; ++k) {
+      sum += static_cast<double>(static_cast<float>(sample[k]));
     }
-    sums[c] = sum;
+    *sums++ = sum;
+  }
+  for (; sample != end; ++sample) {
+    *sums += static_cast<double>(static_cast<float>(*sample));
   }
 }
 
-using AddRow = void (*)(const void*, int, int, std::vector<double>&);
+using AddRow = void (*)(const void*, int, int, double*);
 
-AddRow row_adder(int type) {
+template <typename T>
+AddRow row_adder(int looks_across) {
+  switch (looks_across) {
+    case 2:
+      return add_row<T, 2>;
+    case 3:
+      return add_row<T, 3>;
+    case 4:
+      return add_row<T, 4>;
+    case 5:
+      return add_row<T, 5>;
+    case 8:
+      return add_row<T, 8>;
+    default:
+      return add_row<T, 0>;
+  }
+}
+
+AddRow row_adder(int type, int looks_across) {
   switch (type) {
     case TD_UINT8:
-      return add_row<std::uint8_t>;
+      return row_adder<std::uint8_t>(looks_across);
     case TD_INT8:
-      return add_row<std::int8_t>;
+      return row_adder<std::int8_t>(looks_across);
     case TD_UINT16:
-      return add_row<std::uint16_t>;
+      return row_adder<std::uint16_t>(looks_across);
     case TD_INT16:
-      return add_row<std::int16_t>;
+      return row_adder<std::int16_t>(looks_across);
     case TD_FLOAT32:
-      return add_row<float>;
+      return row_adder<float>(looks_across);
     default:
       return nullptr;
   }
@@ -79,7 +102,7 @@ py::object multilook(const py::object& image, int looks_across, int looks_down,
   Progress reports(function, progress);
   const py::array array = as_array(image, argument);
   const Raster source = raster(array, argument);
-  const AddRow add = array.ndim() == 2 ? row_adder(source.type) : nullptr;
+  const AddRow add = array.ndim() == 2 ? row_adder(source.type, looks_across) : nullptr;
   if (add == nullptr) {
     type_error(argument,
                "is " + describe(array) +
@@ -108,7 +131,8 @@ py::object multilook(const py::object& image, int looks_across, int looks_down,
       const int rows = static_cast<int>(std::min<py::ssize_t>(looks_down, source.height - first));
       std::fill(sums.begin(), sums.end(), 0.0);
       for (int k = 0; k < rows; ++k) {
-        add(source.rows[static_cast<std::size_t>(first + k)], source.width, looks_across, sums);
+        add(source.rows[static_cast<std::size_t>(first + k)], source.width, looks_across,
+            sums.data());
       }
       float* const mean = means.line<float>(static_cast<std::size_t>(r));
       for (int c = 0; c < width; ++c) {
