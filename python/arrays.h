@@ -15,6 +15,8 @@
 #include <string>
 #include <vector>
 
+#include "lock.h"
+
 namespace sarnum::python {
 
 namespace py = pybind11;
@@ -149,7 +151,7 @@ py::object elementwise(const char* function, const std::array<const char*, count
   Result* const to = result.mutable_data();
   const py::ssize_t size = result.size();
   {
-    const py::gil_scoped_release unlocked;
+    const Unlocked unlocked;
     for (py::ssize_t i = 0; i < size; ++i) {
       to[i] = at(i, std::make_index_sequence<count>());
     }

@@ -91,7 +91,7 @@ LineWork line_work(const char* function, const LineTransform& transform, const p
 void transform_lines(const char* function, const LineTransform& transform, const py::object& re,
                      const py::object& im) {
   const LineWork work = line_work(function, transform, re, im);
-  const py::gil_scoped_release unlocked;
+  const Unlocked unlocked;
   work.run(transform);
 }
 
@@ -139,7 +139,7 @@ void synthesize(const py::object& ref_re, const py::object& ref_im, const py::ob
   if (h_re.size() > lines.re.length) {
     value_error({function, "ref_re"}, "is longer than the lines");
   }
-  const py::gil_scoped_release unlocked;
+  const Unlocked unlocked;
   for (std::size_t k = 0; k < lines.re.starts.size(); ++k) {
     CFFTClass().SyntAlmaz(elements(h_re), elements(h_im), lines.re.line<float>(k),
                           lines.im.line<float>(k), static_cast<int>(h_re.size()), m);
@@ -223,7 +223,7 @@ class Tables {
     std::optional<std::string> refusal;
     std::shared_ptr<TableUse> use;
     {
-      const py::gil_scoped_release unlocked;
+      const Unlocked unlocked;
       refusal = table_users.enter(m_, status);
       if (!refusal) {
         use = std::make_shared<TableUse>(m_);
@@ -245,7 +245,7 @@ class Tables {
   void exit() {
     std::shared_ptr<TableUse> use = std::move(use_);
     use_.reset();
-    const py::gil_scoped_release unlocked;
+    const Unlocked unlocked;
     use.reset();
   }
 
@@ -262,7 +262,7 @@ class Tables {
       value_error({function, "re"}, "has lines of 2^" + std::to_string(work.exponent) +
                                         " samples, but the tables serve 2^" + std::to_string(m_));
     }
-    const py::gil_scoped_release unlocked;
+    const Unlocked unlocked;
     work.run(transform);
     use.reset();
   }
@@ -317,7 +317,7 @@ py::object forward_2d(const py::object& src, const py::object& out, bool centred
   py::array result = output_for(out, out_argument, type, 1 << rows, 1 << columns);
   Raster target = raster_to_write(result, out_argument, type, 1 << rows, 1 << columns);
   {
-    const py::gil_scoped_release unlocked;
+    const Unlocked unlocked;
     Meter<CMeterInfo> meter(reports);
     CFFTClass transform;
     if (centred) {
@@ -353,7 +353,7 @@ py::object inverse_2d(const py::object& src, const py::object& out, const py::ob
   Raster target = raster_to_write(result, out_argument, type, source.height, source.width);
   int status = 0;
   {
-    const py::gil_scoped_release unlocked;
+    const Unlocked unlocked;
     Meter<CMeterInfo> meter(reports);
     status = CFFTClass().IFFT_2D(source.rows.data(), target.rows.data(), source.width,
                                  source.height, source.type, &meter);
@@ -381,7 +381,7 @@ class Block {
     const py::array target = dst.is_none() ? source : block(dst, {function, "dst"});
     const Lines target_lines = lines_in_place(target, {function, dst.is_none() ? "src" : "dst"});
     float* const from = static_cast<float*>(const_cast<void*>(source.data()));
-    const py::gil_scoped_release unlocked;
+    const Unlocked unlocked;
     const std::lock_guard guard(mutex_);
     (transform_.*member)(from, target_lines.line<float>(0));
   }

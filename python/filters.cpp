@@ -36,7 +36,7 @@ LinePairs to_filter(const char* function, const py::object& re, const py::object
 
 void keep_peak_band(const py::object& re, const py::object& im) {
   const LinePairs lines = to_filter("keep_peak_band", re, im);
-  const py::gil_scoped_release unlocked;
+  const Unlocked unlocked;
   FilterHighSp(lines.re.line<double>(0), lines.im.line<double>(0), lines.re.length);
 }
 
@@ -44,7 +44,7 @@ py::object remove_peak_band(const py::object& re, const py::object& im) {
   const LinePairs lines = to_filter("remove_peak_band", re, im);
   double mean_re = 0.0, mean_im = 0.0, sigma_re = 0.0, sigma_im = 0.0;
   {
-    const py::gil_scoped_release unlocked;
+    const Unlocked unlocked;
     FilterLowSp(lines.re.line<double>(0), lines.im.line<double>(0), lines.re.length, &mean_re,
                 &mean_im, &sigma_re, &sigma_im);
   }
@@ -68,7 +68,7 @@ void shift(const py::object& re, const py::object& im, int by) {
     }
     const Lines lines = lines_in_place(array, {"shift", "re"});
     require_shift(by, lines.length);
-    const py::gil_scoped_release unlocked;
+    const Unlocked unlocked;
     for (std::size_t k = 0; k < lines.starts.size(); ++k) {
       ShiftData(lines.line<COMPLEX_FLOAT32>(k), lines.length, by);
     }
@@ -76,7 +76,7 @@ void shift(const py::object& re, const py::object& im, int by) {
   }
   const LinePairs lines = double_pairs("shift", re, im);
   require_shift(by, lines.re.length);
-  const py::gil_scoped_release unlocked;
+  const Unlocked unlocked;
   for (std::size_t k = 0; k < lines.re.starts.size(); ++k) {
     ShiftData(lines.re.line<double>(k), lines.im.line<double>(k), lines.re.length, by);
   }
@@ -91,7 +91,7 @@ py::object noise(double mean, double variance, const py::object& size) {
   double* const to = result.mutable_data();
   const py::ssize_t count = result.size();
   {
-    const py::gil_scoped_release unlocked;
+    const Unlocked unlocked;
     for (py::ssize_t k = 0; k < count; ++k) {
       to[k] = Noise_normal(mean, variance);
     }

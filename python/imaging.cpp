@@ -123,7 +123,7 @@ py::object multilook(const py::object& image, int looks_across, int looks_down,
   }
   const Lines means = lines_in_place(result, {function, "out"});
   {
-    const py::gil_scoped_release unlocked;
+    const Unlocked unlocked;
     reports.begin(height);
     std::vector<double> sums(static_cast<std::size_t>(width));
     for (int r = 0; r < height; ++r) {
@@ -181,7 +181,7 @@ void multilook_file(const py::object& output_path, const py::object& input_path,
   int status = 0;
   std::string failure;
   {
-    const py::gil_scoped_release unlocked;
+    const Unlocked unlocked;
     host::clear_raster_failure();
     if (!host::set_creation_options(options.data(), static_cast<int>(options.size()))) {
       failure = "no storage for the creation options";
