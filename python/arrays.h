@@ -57,12 +57,12 @@ struct Lines {
   }
 };
 
-/// The lines of an array that is worked on in place: writeable, aligned, each line contiguous, at
-/// least one element in all. Its type has been looked at.
+/// The lines of an array that is worked on in place: writeable, aligned, each line contiguous and
+/// apart from the others, at least one element in all. Its type has been looked at.
 Lines lines_in_place(const py::array& array, Argument argument);
 
-/// Two arrays of one shape, of floats or of doubles, the parts of complex lines; no line of the one
-/// overlaps its partner in the other.
+/// Two arrays of one shape, of floats or of doubles, the parts of complex lines; no line
+/// overlaps another one.
 struct LinePairs {
   Lines re;
   Lines im;
