@@ -1,6 +1,7 @@
 // sarnum.filters: spectral filters and circular shifts of one line, in place; noise.
 #include <complex>
 #include <cstdlib>
+#include <limits>
 #include <string>
 
 #include "arrays.h"
@@ -42,7 +43,8 @@ void keep_peak_band(const py::object& re, const py::object& im) {
 
 py::object remove_peak_band(const py::object& re, const py::object& im) {
   const LinePairs lines = to_filter("remove_peak_band", re, im);
-  double mean_re = 0.0, mean_im = 0.0, sigma_re = 0.0, sigma_im = 0.0;
+  constexpr double none = std::numeric_limits<double>::quiet_NaN();  // stays without storage
+  double mean_re = none, mean_im = none, sigma_re = none, sigma_im = none;
   {
     const Unlocked unlocked;
     FilterLowSp(lines.re.line<double>(0), lines.im.line<double>(0), lines.re.length, &mean_re,
@@ -119,7 +121,8 @@ no power of two, the result is stretched over the padding, not cut.
 Parameters
 ----------
 re, im : ndarray of float64
-    One line, two distinct arrays, contiguous; overwritten.
+    One line, two distinct arrays, contiguous; overwritten. They stay as they are where there is no
+    storage to work with (3 N doubles).
 )");
   module.def("remove_peak_band", remove_peak_band, py::arg("re"), py::arg("im"),
              R"(remove_peak_band(re, im)
@@ -137,7 +140,7 @@ re, im : ndarray of float64
 Returns
 -------
 mean_re, mean_im, sigma_re, sigma_im : float
-    Means and standard deviations of what remains, before it is resampled.
+    Means and standard deviations of what remains, before it is resampled; NaN without storage.
 )");
   module.def("shift", shift, py::arg("re"), py::arg("im") = py::none(), py::kw_only(),
              py::arg("by"), R"(shift(re, im=None, *, by)

@@ -42,7 +42,10 @@ struct Matrix {
     }
     rows = static_cast<int>(array.shape(0));
     columns = static_cast<int>(array.shape(1));
-    elements.assign(array.data(), array.data() + array.size());
+    const double* const first = array.data();
+    const py::ssize_t size = array.size();
+    const Unlocked unlocked;
+    elements.assign(first, first + size);
   }
 
   static Matrix square(const py::object& value, Argument argument) {
@@ -59,8 +62,11 @@ py::array_t<double> doubles(const std::vector<long double>& elements,
                             const std::vector<py::ssize_t>& shape) {
   py::array_t<double> result(shape);
   double* to = result.mutable_data();
-  for (const long double element : elements) {
-    *to++ = static_cast<double>(element);
+  {
+    const Unlocked unlocked;
+    for (const long double element : elements) {
+      *to++ = static_cast<double>(element);
+    }
   }
   return result;
 }
@@ -376,7 +382,7 @@ a, b : array_like
 Returns
 -------
 ndarray of float64
-    (m, n).
+    (m, n); NaN without storage.
 )");
   module.def("multiply_elements", multiply_elements, py::arg("a"), py::arg("b"),
              py::arg("out") = py::none(), R"(multiply_elements(a, b, out=None)

@@ -434,10 +434,13 @@ struct Parts {
   std::vector<double> re;
   std::vector<double> im;
 
-  explicit Parts(const py::array_t<std::complex<double>>& z) {
-    for (py::ssize_t k = 0; k < z.size(); ++k) {
-      re.push_back(z.data()[k].real());
-      im.push_back(z.data()[k].imag());
+  explicit Parts(const py::array_t<std::complex<double>>& z)
+      : re(static_cast<std::size_t>(z.size())), im(re.size()) {
+    const std::complex<double>* const from = z.data();
+    const Unlocked unlocked;
+    for (std::size_t k = 0; k < re.size(); ++k) {
+      re[k] = from[k].real();
+      im[k] = from[k].imag();
     }
   }
 };
