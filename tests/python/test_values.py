@@ -48,8 +48,8 @@ def test_lines_are_those_of_numpy(parts):
             (pair(fft.forward, re, im, "f4"), forward, single), (whole(fft.forward, re, im, "c8"), forward, single),
             (pair(fft.inverse, re, im, "f8"), n * inverse, single), (whole(fft.inverse, re, im, "c16"), n * inverse, single),
             (pair(fft.inverse, re, im, "f4"), inverse, single), (whole(fft.inverse, re, im, "c8"), inverse, single),
-            (pair(t.forward, re, im, "f8"), forward, double), (whole(t.forward, re, im, "c8"), forward, single),
-            (pair(t.inverse, re, im, "f8"), inverse, double), (whole(t.inverse, re, im, "c8"), inverse, single),
+            (pair(t.forward, re, im, "f8"), forward, double), (whole(t.forward, re, im, "c16"), forward, double), (whole(t.forward, re, im, "c8"), forward, single),
+            (pair(t.inverse, re, im, "f8"), inverse, double), (whole(t.inverse, re, im, "c16"), inverse, double), (whole(t.inverse, re, im, "c8"), inverse, single),
             (pair(member.forward, re, im, "f4"), forward, single), (pair(member.inverse, re, im, "f8"), n * inverse, single),
             (pair(member.forward_centred, re, im, "f8"), centred, double),
         ]:
