@@ -24,6 +24,7 @@ import logging
 import os
 import pathlib
 import shutil
+import signal
 import sys
 import threading
 import uuid
@@ -374,6 +375,7 @@ def arguments():
 
 def main():
     given, scenes = arguments()
+    signal.signal(signal.SIGTERM, signal.default_int_handler)  # batch systems end programs by it
     try:
         os.makedirs(given.folder, exist_ok=True)
         with contextlib.ExitStack() as clean, contextlib.ExitStack() as stack:
