@@ -64,11 +64,12 @@ void require_no_mask(const py::object& value, Argument argument) {
 
 /// Lines that share memory would be transformed more than once, each time from other values.
 bool are_disjoint(std::vector<void*> starts, py::ssize_t bytes) {
-  if (!std::is_sorted(starts.begin(), starts.end())) {
-    std::sort(starts.begin(), starts.end());
+  if (!std::is_sorted(starts.begin(), starts.end(), std::less<>())) {
+    std::sort(starts.begin(), starts.end(), std::less<>());
   }
   const auto overlap = [bytes](const void* a, const void* b) {
-    return static_cast<const char*>(b) - static_cast<const char*>(a) < bytes;
+    return reinterpret_cast<std::uintptr_t>(b) - reinterpret_cast<std::uintptr_t>(a) <
+           static_cast<std::uintptr_t>(bytes);
   };
   return std::adjacent_find(starts.begin(), starts.end(), overlap) == starts.end();
 }
