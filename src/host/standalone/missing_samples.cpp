@@ -15,7 +15,6 @@
 #include <exception>
 #include <memory>
 
-#include "host/standalone/raster_status.h"
 #include "sarnum/host/standalone.h"
 
 namespace sarnum::host {
