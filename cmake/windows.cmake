@@ -19,6 +19,6 @@ set(CMAKE_SHARED_LINKER_FLAGS_INIT -static)
 find_program(SARNUM_WINE NAMES wine64 PATHS /usr/lib/wine DOC "Wine's loader of 64-bit programs")
 if(SARNUM_WINE)
   set(CMAKE_CROSSCOMPILING_EMULATOR
-    env WINEPREFIX=${CMAKE_BINARY_DIR}/wine WINEDEBUG=-all WINEDLLOVERRIDES=mscoree,mshtml=
+    env "WINEPREFIX=${CMAKE_BINARY_DIR}/wine" WINEDEBUG=-all WINEDLLOVERRIDES=mscoree,mshtml=
     ${SARNUM_WINE})
 endif()
