@@ -21,7 +21,9 @@ class LoadedLibrary {
 #else
   explicit LoadedLibrary(const char* path) : handle_(dlopen(path, RTLD_NOW | RTLD_LOCAL)) {}
   ~LoadedLibrary() {
-    dlclose(handle_);
+    if (handle_ != nullptr) {
+      dlclose(handle_);
+    }
   }
   static bool is_loaded(const char* path) {
     void* const handle = dlopen(path, RTLD_NOW | RTLD_NOLOAD);

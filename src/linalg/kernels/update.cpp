@@ -4,10 +4,12 @@
 
 namespace sarnum {
 
+#if !defined(SARNUM_PLAIN_FORMS)
 extern const UpdateLevel update_level_baseline;
 #if defined(__x86_64__)
 extern const UpdateLevel update_level_avx2;
 extern const UpdateLevel update_level_avx512;
+#endif
 #endif
 
 namespace {
@@ -16,10 +18,12 @@ constexpr UpdateLevel scalar = {"scalar", nullptr};
 
 constexpr Levels<UpdateLevel>::List tables = {
     &scalar,
+#if !defined(SARNUM_PLAIN_FORMS)
     &update_level_baseline,
 #if defined(__x86_64__)
     &update_level_avx2,
     &update_level_avx512,
+#endif
 #endif
 };
 constinit Levels<UpdateLevel> levels(tables);
