@@ -28,7 +28,7 @@ using oracle::Matrix;
 /// 0 for equal results.
 template <class A, class B>
 double difference(const std::vector<A>& actual, const std::vector<B>& expected) {
-  return oracle::same(actual, expected) ? 0.0 : std::numeric_limits<double>::infinity();
+  return std::ranges::equal(actual, expected) ? 0.0 : std::numeric_limits<double>::infinity();
 }
 
 /// What both sides work on and with.
@@ -118,7 +118,7 @@ Piece product(int n, double target) {
               const Matrix<double> some({begin(s->given), begin(s->given) + 8 * n}, n);
               worst = std::max(worst,
                                difference(LongDoubles(begin(s->result), begin(s->result) + 8 * n),
-                                          oracle::multiply<double>(some, {s->given, n}, 8, n, n)));
+                                          oracle::multiply(some, {s->given, n}, 8, n, n)));
             }
             return worst;
           }};

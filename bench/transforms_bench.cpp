@@ -90,6 +90,9 @@ struct FloatFftw {
   static void destroy(Plan plan) { fftwf_destroy_plan(plan); }
 };
 
+template <class Real>
+using FftwOf = std::conditional_t<std::is_same_v<Real, double>, DoubleFftw, FloatFftw>;
+
 /// A plan that is destroyed with the last piece of work that uses it.
 template <class Fftw>
 auto owned(typename Fftw::Plan plan) {
@@ -103,15 +106,14 @@ enum class Direction { forward, inverse };
 template <class Real, class Plan, class Ours>
 Piece line_piece(const std::string& name, int m, double target, Direction direction, Plan plan,
                  Ours ours) {
-  using Fftw = std::conditional_t<std::is_same_v<Real, double>, DoubleFftw, FloatFftw>;
   const std::size_t n = std::size_t{1} << m;
   const Real divisor = direction == Direction::inverse ? static_cast<Real>(n) : Real{1};
   const auto data = storage<Real>(0, 2 * n);
   const auto peers = storage<Real>(1, 2 * n);
-  const auto peer_plan = owned<Fftw>(plan(static_cast<int>(n), peers.data()));
+  const auto peer_plan = owned<FftwOf<Real>>(plan(static_cast<int>(n), peers.data()));
   return {name + "/" + std::to_string(m),
           [=] { ours(data.data(), n, m); },
-          {"FFTW", [=] { Fftw::run(peer_plan.get()); }, target},
+          {"FFTW", [=] { FftwOf<Real>::run(peer_plan.get()); }, target},
           [=](bool timing) {
             for (std::size_t i = 0; i < 2 * n; ++i) {
               data[i] = peers[i] = timing ? Real{0} : sample<Real>(i);
@@ -136,24 +138,19 @@ void add_line_pieces(std::vector<Piece>& pieces, int m, Direction direction, uns
   // What is to be reached on average stands in table.py.
   const double split = planning == FFTW_ESTIMATE ? 0.8 : 1.0;
   const double interleaved = planning == FFTW_ESTIMATE ? 0.8 : 0.0;
-  pieces.push_back(line_piece<double>(
-      name + "double split", m, split, direction,
-      [=](int n, double* data) {
-        double* const im = data + n;
-        return DoubleFftw::split(n, forward ? data : im, forward ? im : data, planning);
-      },
-      [=](double* data, std::size_t n, int e) {
-        forward ? fft_Fast(data, data + n, e) : ifft_Fast(data, data + n, e);
-      }));
-  pieces.push_back(line_piece<float>(
-      name + "float split", m, split, direction,
-      [=](int n, float* data) {
-        float* const im = data + n;
-        return FloatFftw::split(n, forward ? data : im, forward ? im : data, planning);
-      },
-      [=](float* data, std::size_t n, int e) {
-        forward ? fft_Fast(data, data + n, e) : ifft_Fast(data, data + n, e);
-      }));
+  const auto add_split = [&]<class Real>(const char* layout, Real) {
+    pieces.push_back(line_piece<Real>(
+        name + layout, m, split, direction,
+        [=](int n, Real* data) {
+          Real* const im = data + n;
+          return FftwOf<Real>::split(n, forward ? data : im, forward ? im : data, planning);
+        },
+        [=](Real* data, std::size_t n, int e) {
+          forward ? fft_Fast(data, data + n, e) : ifft_Fast(data, data + n, e);
+        }));
+  };
+  add_split("double split", double{});
+  add_split("float split", float{});
   pieces.push_back(line_piece<float>(
       name + "float interleaved", m, interleaved, direction,
       [=](int n, float* data) {

@@ -2,7 +2,15 @@
 # with the prefix /usr and without run paths, which such packages do not have.
 
 # Every package says what changed and who may copy it.
-string(TIMESTAMP SARNUM_DATE "%a, %d %b %Y 00:00:00 +0000" UTC)
+# The day of the release, whenever the packages are made; SOURCE_DATE_EPOCH where it is set; or today.
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS CHANGELOG.md)
+file(STRINGS CHANGELOG.md release REGEX "^## \\[${PROJECT_VERSION}\\] - [0-9-]+$")
+string(TIMESTAMP day "%Y-%m-%d" UTC)  # heeds SOURCE_DATE_EPOCH
+if(release AND NOT DEFINED ENV{SOURCE_DATE_EPOCH})
+  string(REGEX REPLACE ".* - " "" day "${release}")
+endif()
+execute_process(COMMAND date --utc --rfc-email --date=${day} OUTPUT_VARIABLE SARNUM_DATE
+  OUTPUT_STRIP_TRAILING_WHITESPACE)
 configure_file(cmake/debian/changelog.in debian/changelog @ONLY)
 find_program(SARNUM_GZIP gzip)
 function(sarnum_debian_documents component package)

@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""check_links.py SITE: every link and picture of the site leads somewhere inside it, anchors included."""
+"""check_links.py SITE: every link and picture of the site leads somewhere inside it, anchors included,
+and none was left as text."""
 import html.parser
 import pathlib
 import sys
@@ -13,6 +14,10 @@ class Page(html.parser.HTMLParser):
         super().__init__()
         self.anchors, self.targets = set(), set()
         self.feed(path.read_text(encoding="utf-8"))
+
+    def handle_data(self, data):
+        if "@ref" in data:
+            self.targets.add(data.strip())
 
     def handle_starttag(self, tag, attributes):
         for name, value in attributes:

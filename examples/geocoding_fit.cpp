@@ -193,10 +193,10 @@ void show_term_orders(const std::vector<TiePoint>& tie_points) {
   const Coefficients coefficients(3, z, u, v);
   CLagrangeInterpolation2D object(3, static_cast<int>(z.size()), u.data(), v.data(), z.data());
   std::printf("\neasting of degree 3 over scaled column c and row r, in the order of the terms\n");
-  std::printf(" k | mnk2 (u = c, v = r)     | class (x = c, y = r)\n");
+  std::printf(" k | mnk2 (u = c, v = r)   | class (x = c, y = r)\n");
   for (int t = 0, k = 0; t <= 3; ++t) {
     for (int q = 0; q <= t; ++q, ++k) {
-      std::printf("%2d | %-6s %16.4f | %-6s %16.4f\n", k, term(t - q, q).c_str(), coefficients.c[k],
+      std::printf("%2d | %-6s %14.2f | %-6s %14.2f\n", k, term(t - q, q).c_str(), coefficients.c[k],
                   term(q, t - q).c_str(), object.coefficients[k]);
     }
   }

@@ -227,7 +227,7 @@ void print(std::size_t number, int line, const Response& response) {
   const double to_metres = speed_of_light / 2.0;  // the echo goes there and back
   const double range = first_range + response.position / sampling_rate * to_metres;
   const auto row = [](const char* name, double measured, double theory) {
-    std::printf("  %-26s %14.4f %14.4f\n", name, measured, theory);
+    std::printf("  %-26s %14.3f %14.3f\n", name, measured, theory);
   };
   std::printf("target %zu, line %-13d %14s %14s\n", number + 1, line, "measured", "theory");
   row("slant range [m]", range, slant_range(target, line));

@@ -27,14 +27,16 @@ class Levels {
 
   explicit constexpr Levels(const List& tables) : tables_(tables) {}
 
+  /// The tables of the sets that this CPU runs, the plainest first.
   std::span<const Table* const> runnable() const { return {tables_, runnable_instruction_sets()}; }
 
+  /// The last of them, unless another one is forced.
   const Table& in_use() const {
     const Table* const forced = forced_.load(std::memory_order_relaxed);
     return forced != nullptr ? *forced : *runnable().back();
   }
 
-  /// For tests: `table` is in use from now on, or the best one again for null.
+  /// For tests, between calls: `table` is in use from now on, or the best one again for null.
   void force(const Table* table) { forced_.store(table, std::memory_order_relaxed); }
 
  private:

@@ -7,6 +7,8 @@
 // two-dimensional transform made of it divides each line by its length.
 #pragma once
 
+#include <type_traits>
+
 #include "fft/transform.h"
 
 namespace sarnum {
@@ -28,35 +30,23 @@ inline Twiddles<double> line_twiddles(int m) {
   return {line_two_pi, m};
 }
 
-struct ForwardLine {
-  static constexpr bool divides_in_2d = true;
-  static constexpr Direction direction = Direction::forward;
+template <Direction of>
+struct PlainLine {
+  static constexpr bool divides_in_2d = of == Direction::forward;
+  static constexpr Direction direction = of;
   template <class Real>
-  using Rounded = Real;
+  using Rounded = std::conditional_t<of == Direction::forward, Real, float>;
 
   static constexpr bool is_centred() { return false; }
 
   template <class Real>
   void operator()(Real* re, Real* im, const Twiddles<double>& twiddles) const {
-    transform<Arithmetic<double, Real>, direction>(SplitSamples<Real>{re, im}, twiddles.exponent(),
-                                                   twiddles);
+    transform<Arithmetic<double, Rounded<Real>>, of>(SplitSamples<Real>{re, im},
+                                                     twiddles.exponent(), twiddles);
   }
 };
-
-struct InverseLine {
-  static constexpr bool divides_in_2d = false;
-  static constexpr Direction direction = Direction::inverse;
-  template <class Real>
-  using Rounded = float;
-
-  static constexpr bool is_centred() { return false; }
-
-  template <class Real>
-  void operator()(Real* re, Real* im, const Twiddles<double>& twiddles) const {
-    transform<Arithmetic<double, float>, direction>(SplitSamples<Real>{re, im}, twiddles.exponent(),
-                                                    twiddles);
-  }
-};
+using ForwardLine = PlainLine<Direction::forward>;
+using InverseLine = PlainLine<Direction::inverse>;
 
 /// The forward transform, of the line multiplied by (−1)^i when `centre` is 1: that moves
 /// frequency zero to the middle.

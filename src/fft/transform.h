@@ -9,7 +9,8 @@
 
 namespace sarnum {
 
-/// The kernels for an arithmetic and a layout, with the results multiplied by `scale`.
+// run_kernel() runs the kernel for an arithmetic and a layout, which multiplies results by `scale`.
+
 inline void run_kernel(const Level& level, Arithmetic<double, double>, bool, SplitSamples<double> x,
                        int m, const KernelTwiddles<double>& w, double scale) {
   level.double_split(x.re, x.im, m, w, scale);
@@ -36,7 +37,8 @@ inline void run_kernel(const Level& level, Arithmetic<float, float>, bool invers
   level.float_interleaved(x.data, inverse, m, w, scale);
 }
 
-/// The conjugate twiddle is an exchange of real and imaginary parts, exactly.
+/// The conjugate twiddle is an exchange of real and imaginary parts, exactly. What is interleaved
+/// stays: its kernel is told.
 template <class Real>
 SplitSamples<Real> exchanged(SplitSamples<Real> x) {
   return {x.im, x.re};
@@ -44,7 +46,7 @@ SplitSamples<Real> exchanged(SplitSamples<Real> x) {
 
 template <class Real>
 InterleavedSamples<Real> exchanged(InterleavedSamples<Real> x) {
-  return x;  // its kernel is told
+  return x;
 }
 
 enum class Scaling { none, by_length };

@@ -10,14 +10,41 @@
 #include <new>
 #include <random>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "forced_level.h"
 #include "pixel_cases.h"
-#include "recording_meter.h"
 #include "transform_forms.h"
 
 namespace {
+
+/// Notes every call in order, a step as a stroke; the few calls of a small transform without
+/// allocating anything.
+class RecordingMeter : public CMeterInfo {
+ public:
+  RecordingMeter() { calls.reserve(200); }
+  void SetRange(int lower, int upper) override {
+    note("range " + std::to_string(lower) + " " + std::to_string(upper));
+  }
+  int SetStep(int step) override { return note(" step " + std::to_string(step) + " "); }
+  void SetText(const char* text) override { note(text); }
+  void StepIt() override { note("|"); }
+  void SetPos(int) override { note("unexpected"); }
+
+  std::string calls;
+
+ private:
+  int note(std::string_view call) {
+    calls += call;
+    return 0;
+  }
+};
+
+std::string expected_calls(std::size_t range, int label, std::size_t steps) {
+  return "range 0 " + std::to_string(range) + " step 1 " + std::string(GetResourceString(label)) +
+         "..." + std::string(steps, '|');
+}
 
 /// Bytes of which any run is finite numbers of every floating type.
 std::vector<unsigned char> noise(std::size_t size) {

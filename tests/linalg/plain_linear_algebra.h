@@ -1,5 +1,4 @@
-// Linear algebra as it is defined, step by step, rows and columns from 1. In long double it shows
-// what wider arithmetic would give.
+// Linear algebra as it is defined, step by step, rows and columns from 1.
 #pragma once
 
 #include <algorithm>
@@ -30,8 +29,7 @@ struct Matrix {
   int columns;
 };
 
-template <class Real>
-void change_row(int i, int j, int n, Matrix<Real>& a, int last) {
+inline void change_row(int i, int j, int n, Matrix<double>& a, int last) {
   for (int k = i + 1; k <= n; ++k) {
     if (std::abs(a(k, j)) > std::abs(a(i, j))) {
       std::swap_ranges(&a(i, i), &a(i, last) + 1, &a(k, i));
@@ -40,15 +38,14 @@ void change_row(int i, int j, int n, Matrix<Real>& a, int last) {
 }
 
 /// @return false at a zero pivot, if that is to end it.
-template <class Real>
-bool eliminate(int n, Matrix<Real>& a, int last_exchanged, bool zero_ends) {
+inline bool eliminate(int n, Matrix<double>& a, int last_exchanged, bool zero_ends) {
   for (int k = 1; k <= n - 1; ++k) {
     change_row(k, k, n, a, last_exchanged);
     for (int r = k + 1; r <= n; ++r) {
       if (zero_ends && a(k, k) == 0) {
         return false;
       }
-      const Real factor = a(r, k) / a(k, k);
+      const double factor = a(r, k) / a(k, k);
       for (int c = k; c <= a.columns; ++c) {
         a(r, c) -= factor * a(k, c);
       }
@@ -57,12 +54,11 @@ bool eliminate(int n, Matrix<Real>& a, int last_exchanged, bool zero_ends) {
   return true;
 }
 
-template <class Real>
-std::vector<Real> solve(int n, Matrix<Real>& a) {
+inline Doubles solve(int n, Matrix<double>& a) {
   eliminate(n, a, n + 1, false);
-  std::vector<Real> x;
+  Doubles x;
   for (int i = n; i >= 1; --i) {
-    const Real d = std::exchange(a(i, i), a(i, n + 1));
+    const double d = std::exchange(a(i, i), a(i, n + 1));
     for (int j = n; j >= i + 1; --j) {
       a(i, i) -= a(i, j) * a(j, j);
     }
@@ -108,9 +104,8 @@ inline LongDoubles inverse(int n, const LongDoubles& given) {
   return result;
 }
 
-template <class Real>
-std::vector<Real> multiply(Matrix<Real> a, Matrix<Real> b, int m, int k, int n) {
-  Matrix<Real> product(m, n);
+inline Doubles multiply(Matrix<double> a, Matrix<double> b, int m, int k, int n) {
+  Matrix<double> product(m, n);
   for (int i = 1; i <= m; ++i) {
     for (int j = 1; j <= n; ++j) {
       for (int l = 1; l <= k; ++l) {

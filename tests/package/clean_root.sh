@@ -29,7 +29,7 @@ for file in doc/sarnum-doc/html/index.html man/man1/sarnum.1.gz bash-completion/
   [ -f "$root/usr/share/$file" ]
 done
 
-in_root sh -c 'apt-get purge -yq libsarnum1 libsarnum-dev sarnum-tools sarnum-doc' >>"$root.log" 2>&1
+in_root sh -c 'apt-get purge -yq "?name(sarnum)"' >>"$root.log" 2>&1
 listing >"$root.after"
 diff "$root.before" "$root.after" || {
   echo "the packages left something behind, or took something along" >&2

@@ -5,25 +5,12 @@ set -eu
 demo=$1 build_dir=$2 work=$3
 sarnum="$build_dir/tools/sarnum/sarnum"
 
-looks() {
-  "$sarnum" info "$1" | sed -n 's/^Equivalent looks: *\([0-9.]*\) .*/\1/p'
-}
-
-# within VALUE LOWER UPPER
-within() {
-  awk -v value="$1" -v lower="$2" -v upper="$3" \
-    'BEGIN { exit !(value != "" && value + 0 >= lower && value + 0 <= upper) }' || {
-    echo "equivalent looks are '$1', not within $2 ... $3" >&2
-    exit 1
-  }
-}
-
 rm -rf "$work"
 SCENE_SIZE=512 sh "$demo" "$build_dir" "$work"
 SCENE_SIZE=512 sh "$demo" "$build_dir" "$work" >/dev/null
 
-within "$(looks "$work/scene.tif")" 0.9 1.1
-within "$(looks "$work/looks.tif")" 13 19
+"$sarnum" info "$work/scene.tif" | grep -E '^Equivalent looks: +(0\.9|1\.0)'
+"$sarnum" info "$work/looks.tif" | grep -E '^Equivalent looks: +1[3-8]\.'
 
 echo "== on an image of the user's own, which is only read"
 mkdir "$work/own"

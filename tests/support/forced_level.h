@@ -6,6 +6,7 @@
 #include <sarnum/sarnum.h>
 
 #include "fft/kernels/level.h"
+#include "instruction_set.h"
 #include "linalg/kernels/update.h"
 
 class ForcedLevel {
@@ -13,12 +14,12 @@ class ForcedLevel {
   /// All that are compiled; a CPU may lack the last ones.
   static constexpr const char* names[] = {"scalar", "baseline", "avx2", "avx512"};
 
-  static std::size_t runnable() { return sarnum::runnable_levels().size(); }
+  static std::size_t runnable() { return sarnum::levels.runnable().size(); }
 
   explicit ForcedLevel(std::size_t number)
-      : level_(*sarnum::runnable_levels()[number]),
-        update_(*sarnum::runnable_update_levels()[number]) {
-    inner = sarnum::runnable_levels()[number];
+      : level_(*sarnum::levels.runnable()[number]),
+        update_(*sarnum::update_levels.runnable()[number]) {
+    inner = sarnum::levels.runnable()[number];
     inner_update = update_.update;
     level_.double_split = line<&Level::double_split>;
     level_.float_split = line<&Level::float_split>;
@@ -37,16 +38,16 @@ class ForcedLevel {
       };
     }
     lines = columns = updates = 0;
-    sarnum::force_level(&level_);
-    sarnum::force_update_level(&update_);
+    sarnum::levels.force(&level_);
+    sarnum::update_levels.force(&update_);
     EXPECT_STREQ(sarnum::build_info().instruction_set, names[number]);
     EXPECT_STREQ(sarnum::update_level_in_use().name, names[number]);
   }
   ForcedLevel(const ForcedLevel&) = delete;
   ForcedLevel& operator=(const ForcedLevel&) = delete;
   ~ForcedLevel() {
-    sarnum::force_level(nullptr);
-    sarnum::force_update_level(nullptr);
+    sarnum::levels.force(nullptr);
+    sarnum::update_levels.force(nullptr);
   }
 
   /// Lines transformed, columns transformed in blocks, updates of rows.

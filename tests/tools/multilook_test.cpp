@@ -1,5 +1,4 @@
 // sarnum multilook: the values, and everything that must follow the pixels.
-#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <utility>
@@ -7,22 +6,6 @@
 #include "tool_run.h"
 
 namespace {
-
-TEST_F(ToolTest, MultilookAverages) {
-  make("in.tif", 37, 41, GDT_Float32, [](int x, int y) { return Sample(x + 100 * y); });
-  const auto middle = [](int look, int looks, int size) {
-    return (look * looks + std::min((look + 1) * looks, size) - 1) / 2.0;
-  };
-  for (const auto& [across, down] : {std::pair{1, 1}, {4, 3}, {5, 7}, {2, 36}, {50, 1}}) {
-    const auto mean = [&, width = across, height = down](int x, int y) {
-      return middle(x, width, 37) + 100 * middle(y, height, 41);
-    };
-    const std::string looks = std::to_string(across) + "x" + std::to_string(down);
-    SCOPED_TRACE(looks);
-    run_silently("multilook in.tif out.tif --overwrite --looks " + looks);
-    expect_samples("out.tif", (36 + across) / across, (40 + down) / down, mean, 1e-3);
-  }
-}
 
 constexpr double not_a_number = std::numeric_limits<double>::quiet_NaN();
 bool is_gap(int x, int y) {

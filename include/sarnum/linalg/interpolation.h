@@ -34,9 +34,8 @@ class SARNUM_API CLagrangeInterpolation2D {
   /// whether it is finite.
   ///
   /// @param order  P. The fit takes storage of about 8·N² bytes, 41 kB for P = 10. Outside the
-  /// contract: a negative
-  ///               order has N by the same formula, all constant terms; an order whose (P + 2)(P +
-  ///               1) is beyond int gets no terms and flag 0.
+  ///               contract: a negative order has N by the same formula, all constant terms; an
+  ///               order whose (P + 2)(P + 1) is beyond int gets no terms and flag 0.
   /// @param count  number of samples; for count ≤ 0 the flag is 0 and values are NaN. (An order
   ///               of −1 or −2 has no terms: values are 0, and the flag is 1 for count ≥ 0.)
   /// @param x, y, z  coordinates and values, count doubles each; only read, and not kept.

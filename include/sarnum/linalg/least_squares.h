@@ -48,10 +48,10 @@ SARNUM_API void mnk(int m, int count, double* y, double* x, double* c);
 /// The normal equations are solved as Solve_System() does; too few samples, or samples on a curve
 /// that the terms cannot tell apart, give infinities, NaN or large values in c.
 ///
-/// **Every call keeps storage for ever**: 8·(M·count + M·(M + 1) + M) bytes, where M =
-/// (D + 1)(D + 2)/2 is the number of terms; 14 040, say, for 100 samples and
-/// D = 4. (A leak checker of g++ or clang is told to pass over it.) A program that fits
-/// often had better use CLagrangeInterpolation2D.
+/// **Every call keeps storage for ever**: 8·(M·count + M·(M + 1) + M) bytes, where
+/// M = (D + 1)(D + 2)/2 is the number of terms; 14 040, say, for 100 samples and D = 4. (A leak
+/// checker of g++ or clang is told to pass over it.) A program that fits often had better use
+/// CLagrangeInterpolation2D.
 ///
 /// @param degree  D, 0 … 4; otherwise nothing is done and nothing kept.
 /// @param count   number of samples; none for count ≤ 0 (c is then NaN).

@@ -27,20 +27,13 @@ constexpr Levels<Level>::List tables = {
 #endif
 #endif
 };
-constinit Levels<Level> levels(tables);
 
 }  // namespace
 
-std::span<const Level* const> runnable_levels() {
-  return levels.runnable();
-}
+constinit Levels<Level> levels(tables);
 
 const Level& level_in_use() {
   return levels.in_use();
-}
-
-void force_level(const Level* level) {
-  levels.force(level);
 }
 
 }  // namespace sarnum

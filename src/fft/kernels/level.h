@@ -6,7 +6,6 @@
 #pragma once
 
 #include <cstddef>
-#include <span>
 
 namespace sarnum {
 
@@ -79,13 +78,13 @@ int lane_exponent(const Level& level, int m) {
   return exponent;
 }
 
-/// The levels that this CPU can run, the plainest first.
-std::span<const Level* const> runnable_levels();
+template <class Table>
+class Levels;
 
-/// The level that transforms use: the last of the runnable ones, unless another is forced.
+/// Those that this CPU runs; see instruction_set.h.
+extern Levels<Level> levels;
+
+/// The one that transforms use.
 const Level& level_in_use();
-
-/// Makes transforms use `level`, or the best one again for null. For tests, between transforms.
-void force_level(const Level* level);
 
 }  // namespace sarnum

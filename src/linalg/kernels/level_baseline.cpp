@@ -1,3 +1,4 @@
+// The update for every CPU of the architecture.
 #define SARNUM_LEVEL baseline
 #define SARNUM_VECTOR_BYTES 16
 #include "linalg/kernels/passes.h"

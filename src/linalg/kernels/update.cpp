@@ -1,3 +1,4 @@
+// Which levels of the update there are, and which of them this CPU can run.
 #include "linalg/kernels/update.h"
 
 #include "instruction_set.h"
@@ -26,20 +27,13 @@ constexpr Levels<UpdateLevel>::List tables = {
 #endif
 #endif
 };
-constinit Levels<UpdateLevel> levels(tables);
 
 }  // namespace
 
-std::span<const UpdateLevel* const> runnable_update_levels() {
-  return levels.runnable();
-}
+constinit Levels<UpdateLevel> update_levels(tables);
 
 const UpdateLevel& update_level_in_use() {
-  return levels.in_use();
-}
-
-void force_update_level(const UpdateLevel* level) {
-  levels.force(level);
+  return update_levels.in_use();
 }
 
 }  // namespace sarnum

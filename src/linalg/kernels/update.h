@@ -6,7 +6,6 @@
 #pragma once
 
 #include <cstddef>
-#include <span>
 
 namespace sarnum {
 
@@ -44,13 +43,13 @@ struct UpdateLevel {
   void (*update)(const Update&);
 };
 
-/// Those that this CPU can run, the plainest first.
-std::span<const UpdateLevel* const> runnable_update_levels();
+template <class Table>
+class Levels;
 
-/// The last of them, unless another one is forced.
+/// Those that this CPU runs; see instruction_set.h.
+extern Levels<UpdateLevel> update_levels;
+
+/// The one that linear algebra uses.
 const UpdateLevel& update_level_in_use();
-
-/// For tests, between calls; null for the best one again.
-void force_update_level(const UpdateLevel* level);
 
 }  // namespace sarnum
