@@ -68,7 +68,7 @@ TEST(Tables, ServeTheLengthOfTheLastCallAlone) {
 
 // The last two allocations are the kernels' own, which the plain form does without.
 TEST(Tables, EveryFailedAllocationHasItsStatusAndIsMadeUpForLater) {
-  const int all = sarnum::runnable_levels().size() > 1 ? 6 : 4;
+  const int all = ForcedLevel::runnable() > 1 ? 6 : 4;
   for (int nth = 1; nth <= all; ++nth) {
     SCOPED_TRACE(testing::Message() << "allocation " << nth);
     sarnum::table_state = {};

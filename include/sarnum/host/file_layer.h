@@ -7,10 +7,10 @@
 /// beside a file that it reads.
 ///
 /// A host built without GDAL (SARNUM_RASTER=envi, as on Windows) opens and creates files of flat
-/// samples with an ENVI header beside them, named like the file with ".hdr" appended, or in place of
-/// its extension. It reads the first band of all real types, interleaves and byte orders, and
-/// creates one band of floats in the machine's byte order, under the first of these names. The header
-/// that described a replaced file is removed.
+/// samples with an ENVI header beside them, named like the file with ".hdr" appended, or in place
+/// of its extension. It reads the first band of all real types, interleaves and byte orders, and
+/// creates one band of floats in the machine's byte order, under the first of these names. The
+/// header that described a replaced file is removed.
 #ifndef SARNUM_HOST_FILE_LAYER_H
 #define SARNUM_HOST_FILE_LAYER_H
 
