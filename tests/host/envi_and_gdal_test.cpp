@@ -1,6 +1,10 @@
-// Flat samples are what GDAL takes them for, and it for what they are.
+// Flat samples where there is GDAL and a limit on files: they are what GDAL takes them for, and
+// gone when they could not be stored.
 #include <cpl_string.h>
 #include <gdal_priv.h>
+#include <sys/resource.h>
+
+#include <csignal>
 
 #include "raster_files.h"
 
@@ -39,6 +43,22 @@ TEST_F(LayerTest, ReadsWhatGdalWritesAndTheOtherWayRound) {
                                                 GDT_Float32, 0, 0, nullptr),
             CE_None);
   EXPECT_EQ(samples, noise(5, 3));
+}
+
+TEST_F(LayerTest, AFileThatMissesSomethingIsRemovedWithItsHeader) {
+  std::signal(SIGXFSZ, SIG_IGN);
+  rlimit unlimited;
+  getrlimit(RLIMIT_FSIZE, &unlimited);
+  for (const int last_row : {0, 999}) {
+    const rlimit limit = {2000, unlimited.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &limit);
+    EXPECT_NE(create(layer_, path_, 5, 1000), 0);
+    EXPECT_EQ(layer_.WriteRow(noise(5, 3).data(), 0, last_row, 5, 1) != 0, last_row == 0);
+    layer_.Close();
+    setrlimit(RLIMIT_FSIZE, &unlimited);
+    EXPECT_EQ(failure(), "cannot write " + path_ + ": File too large");
+    EXPECT_TRUE(folder_.names().empty());
+  }
 }
 
 }  // namespace
