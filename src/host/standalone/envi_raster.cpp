@@ -18,6 +18,7 @@
 
 #include "host/standalone/envi_header.h"
 #include "host/standalone/raster_file.h"
+#include "host/standalone/raster_status.h"
 #include "sarnum/host/standalone.h"
 
 namespace sarnum::host {
@@ -239,8 +240,6 @@ bool EnviRaster::close(std::string& reason) {
   return finished;
 }
 
-thread_local std::string answer;
-
 }  // namespace
 
 std::unique_ptr<RasterFile> open_raster_file(const char* path, std::string& reason) {
@@ -270,11 +269,10 @@ std::unique_ptr<RasterFile> create_raster_file(const char* path, int width, int 
 const char* missing_samples(const char* path) noexcept {
   try {
     OpenedRaster raster;
-    answer = open_with_header(path, raster).empty() ? if_too_short(path, raster) : "";
+    return keep_text(open_with_header(path, raster).empty() ? if_too_short(path, raster) : "");
   } catch (const std::exception&) {
-    answer = "out of memory";
+    return "out of memory";
   }
-  return answer.c_str();
 }
 
 }  // namespace sarnum::host
