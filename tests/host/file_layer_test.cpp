@@ -99,8 +99,10 @@ TEST_F(LayerTest, BandsDeliverEveryRowAndNoneBeyondTheFile) {
 
 TEST_F(LayerTest, WhatCannotBeOpenedOrCreatedIsRefusedInOneLineThatStays) {
   std::ofstream(folder_.file("text.tif")) << "not a raster\n";
-  for (const std::string& path : {folder_.file("text.tif"), folder_.path().string(), std::string(),
-                                  folder_.file("two\nlines.tif"), path_}) {
+  std::ofstream(folder_.file("empty.vrt")) << "<VRTDataset rasterXSize='2' rasterYSize='2'/>";
+  for (const std::string& path :
+       {folder_.file("text.tif"), folder_.file("empty.vrt"), folder_.path().string(), std::string(),
+        folder_.file("two\nlines.tif"), path_}) {
     EXPECT_EQ(open(layer_, path), 0) << path;
     EXPECT_THAT(failure(), StartsWith("cannot open " + path.substr(0, path.find('\n'))));
     EXPECT_EQ(failure().find('\n'), std::string::npos) << failure();
@@ -110,6 +112,7 @@ TEST_F(LayerTest, WhatCannotBeOpenedOrCreatedIsRefusedInOneLineThatStays) {
   EXPECT_EQ(failure(), "cannot open " + path_ + ": No such file or directory");
 
   std::filesystem::remove(folder_.file("text.tif"));
+  std::filesystem::remove(folder_.file("empty.vrt"));
   EXPECT_EQ(create(layer_, path_, 100000, 100000, {"BIGTIFF=NO"}), 0);
   EXPECT_EQ(create(layer_, folder_.path().string(), 4, 4), 0);
   EXPECT_THAT(failure(), StartsWith("cannot create " + folder_.path().string() + ": "));
