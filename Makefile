@@ -13,6 +13,7 @@ LONG_TEST_PACKAGES = $(TEST_PACKAGES) clang libclang-rt-dev
 COVERAGE_PACKAGES = $(TEST_PACKAGES) gcovr
 DOCS_PACKAGES = $(BUILD_PACKAGES) python3 doxygen doxygen-awesome-css
 PACKAGE_PACKAGES = $(DOCS_PACKAGES) $(PYTHON_PACKAGES) dpkg-dev file gzip lintian
+WINDOWS_PACKAGES = cmake ninja-build g++-mingw-w64-x86-64-posix wine64 googletest
 LINT_PACKAGES = $(TEST_PACKAGES) clang clang-format clang-tidy
 BENCH_PACKAGES = $(BUILD_PACKAGES) $(PYTHON_PACKAGES) libbenchmark-dev libfftw3-dev \
   libopenblas-dev liblapacke-dev pkgconf gdal-bin python3-gdal python3-scipy
@@ -26,7 +27,7 @@ THREAD_TESTS = RunsBesideEveryOther|a_race_is_reported|OfTwoThreads
 # And under AddressSanitizer and UndefinedBehaviorSanitizer: all tests of the target checked_programs.
 UNCHECKED_TESTS = ^package|^docs|_NOT_BUILT$$
 
-.PHONY: help demo test test-long coverage bench lint docs package test-package install clean
+.PHONY: help demo test test-long test-windows coverage bench lint docs package test-package install clean
 
 help:
 	@echo 'make demo                simulate a radar scene, multilook it, show its spectrum'
@@ -34,6 +35,7 @@ help:
 	@echo 'make test                build everything; run the tests, as they are and under sanitizers'
 	@echo 'make test-long           the tests that take long: all under AddressSanitizer and'
 	@echo '                         UndefinedBehaviorSanitizer, fuzzing, seeded faults (up to an hour)'
+	@echo 'make test-windows        build the DLLs for Windows; run their tests under Wine'
 	@echo 'make coverage            which branches of the library the tests take (build/coverage)'
 	@echo 'make bench               time the library against FFTW, OpenBLAS, GDAL, NumPy, SciPy, memory'
 	@echo '                         (one table of ratios; JSON in build/bench)'
@@ -72,6 +74,14 @@ test-long:
 	ctest --preset asan-ubsan --parallel "$(JOBS)"
 	ctest --preset fuzz
 	ctest --preset release --parallel "$(JOBS)" --label-regex '^long$$'
+
+# A build and a run of its own: nothing of it depends on what the other targets made.
+test-windows:
+	@sh cmake/install_packages.sh $(WINDOWS_PACKAGES)
+	cmake --preset windows
+	cmake --build --preset windows --parallel "$(JOBS)"
+	ctest --preset windows --parallel "$(JOBS)"
+	@cat build/windows/left_out.txt
 
 coverage:
 	@sh cmake/install_packages.sh $(COVERAGE_PACKAGES)

@@ -5,6 +5,9 @@ namespace sarnum {
 namespace {
 
 std::size_t count_runnable() {
+#if defined(SARNUM_PLAIN_FORMS)
+  return 1;
+#else
   std::size_t count = 2;
 #if defined(__x86_64__)
   __builtin_cpu_init();
@@ -17,6 +20,7 @@ std::size_t count_runnable() {
   }
 #endif
   return count;
+#endif
 }
 
 }  // namespace

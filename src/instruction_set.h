@@ -1,7 +1,8 @@
 // Which of the machine instructions that code is compiled for this CPU runs, decided once.
 //
 // What gains by wider vectors is compiled several times from one source, into a table of functions
-// for each set of instructions, and chosen here. All give the same values.
+// for each set of instructions, and chosen here. All give the same values. With SARNUM_PLAIN_FORMS,
+// for compilers without the vectors of g++ and clang, only the plain forms are there.
 #pragma once
 
 #include <atomic>

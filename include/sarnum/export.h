@@ -4,27 +4,29 @@
 /// Elsewhere than on Windows both make a name visible in a library built with
 /// hidden visibility. On Windows a header must say which side it is read from:
 /// SARNUM_BUILDING and SARNUM_HOST_BUILDING are defined while the library itself
-/// is compiled, SARNUM_STATIC when its objects are linked into a program.
+/// is compiled, SARNUM_STATIC where its objects are linked into a program, or what
+/// is declared need not come from a DLL.
 #ifndef SARNUM_EXPORT_H
 #define SARNUM_EXPORT_H
 
 #if !defined(_WIN32)
 #define SARNUM_API __attribute__((visibility("default")))
-#define SARNUM_HOST_API __attribute__((visibility("default")))
+#elif defined(SARNUM_BUILDING)
+#define SARNUM_API __declspec(dllexport)
 #elif defined(SARNUM_STATIC)
 #define SARNUM_API
-#define SARNUM_HOST_API
-#else
-#if defined(SARNUM_BUILDING)
-#define SARNUM_API __declspec(dllexport)
 #else
 #define SARNUM_API __declspec(dllimport)
 #endif
-#if defined(SARNUM_HOST_BUILDING)
+
+#if !defined(_WIN32)
+#define SARNUM_HOST_API __attribute__((visibility("default")))
+#elif defined(SARNUM_HOST_BUILDING)
 #define SARNUM_HOST_API __declspec(dllexport)
+#elif defined(SARNUM_STATIC)
+#define SARNUM_HOST_API
 #else
 #define SARNUM_HOST_API __declspec(dllimport)
-#endif
 #endif
 
 #endif

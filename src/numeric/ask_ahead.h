@@ -14,10 +14,13 @@ namespace sarnum {
 constexpr std::size_t line_size = 64 / sizeof(double);
 
 /// Asks for the memory two pages after element i of an array, or for its last.
-inline void ask_ahead(const double* array, std::size_t i, std::size_t count) {
+inline void ask_ahead([[maybe_unused]] const double* array, [[maybe_unused]] std::size_t i,
+                      [[maybe_unused]] std::size_t count) {
+#if !defined(SARNUM_PLAIN_FORMS)
   constexpr std::size_t distance = 1024;  // doubles in 8 KiB
   // Into the second-level cache: the first has too few misses under way to keep memory busy.
   __builtin_prefetch(array + std::min(i + distance, count - 1), 0, 2);
+#endif
 }
 
 /// Calls body(i) for i = 0 … n − 1, in ascending order, where body reads element i of each array.

@@ -17,6 +17,7 @@
 
 namespace {
 
+#if !defined(SARNUM_PLAIN_FORMS)
 // The vectors that every x86-64 has; g++ takes wider ones apart into single elements.
 constexpr std::size_t lane_count = 2;
 using Lanes [[gnu::vector_size(lane_count * sizeof(double))]] = double;
@@ -25,6 +26,9 @@ using LaneBits [[gnu::vector_size(lane_count * sizeof(double))]] = std::int64_t;
 // A comparison waits for the one before it: independent chains of them overlap.
 constexpr std::size_t chain_count = 4;
 constexpr std::size_t group_size = chain_count * lane_count;
+#else
+constexpr std::size_t group_size = 8;
+#endif
 // Long enough that reducing the lanes at its end is little beside it, short enough that searching
 // the one block that won, which is a scalar loop, is little beside scanning a row of an image.
 constexpr std::size_t block_size = 64 * group_size;
@@ -32,14 +36,18 @@ constexpr std::size_t block_size = 64 * group_size;
 /// What is compared: elements, or their absolute values.
 struct Value {
   static double of(double x) { return x; }
+#if !defined(SARNUM_PLAIN_FORMS)
   static void take(Lanes&) {}
+#endif
 };
 
 struct AbsoluteValue {
   static double of(double x) { return std::abs(x); }
+#if !defined(SARNUM_PLAIN_FORMS)
   static void take(Lanes& x) {
     x = reinterpret_cast<Lanes>(reinterpret_cast<LaneBits>(x) & INT64_MAX);
   }
+#endif
 };
 
 /// Which of two keys is the more extreme. A NaN never is; m stays where they are equal.
@@ -60,12 +68,14 @@ struct Largest {
 /// The most extreme key of n elements and of `extreme`, which is not NaN.
 /// @param available  elements from a[0] to the end of the array.
 template <class Order, class Key>
-double block_extreme(const double* a, std::size_t n, std::size_t available, double extreme) {
+double block_extreme(const double* a, std::size_t n, [[maybe_unused]] std::size_t available,
+                     double extreme) {
+  std::size_t i = 0;
+#if !defined(SARNUM_PLAIN_FORMS)
   Lanes chains[chain_count];
   for (Lanes& chain : chains) {
     chain = Lanes{extreme, extreme};
   }
-  std::size_t i = 0;
   for (; i + group_size <= n; i += group_size) {
     sarnum::ask_ahead(a, i, available);
     for (std::size_t c = 0; c < chain_count; ++c) {
@@ -75,12 +85,13 @@ double block_extreme(const double* a, std::size_t n, std::size_t available, doub
       Order::improve(chains[c], keys);
     }
   }
-  for (; i < n; ++i) {
-    Order::improve(extreme, Key::of(a[i]));
-  }
   for (const Lanes& chain : chains) {
     Order::improve(extreme, static_cast<double>(chain[0]));
     Order::improve(extreme, static_cast<double>(chain[1]));
+  }
+#endif
+  for (; i < n; ++i) {
+    Order::improve(extreme, Key::of(a[i]));
   }
   return extreme;
 }

@@ -119,7 +119,7 @@ inline Ending run_with_fault(const std::string& folder, Fault fault, int n,
                              const std::function<void()>& work) {
   const pid_t child = fork();
   if (child == 0) {
-    const auto bytes = static_cast<rlim_t>(512 * n * n * n);
+    const auto size = static_cast<rlim_t>(n), bytes = 512 * size * size * size;
     const rlimit limit{bytes, bytes};
     if (fault == Fault::size_limit) {
       setrlimit(RLIMIT_FSIZE, &limit);

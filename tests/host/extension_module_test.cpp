@@ -1,8 +1,9 @@
 // libsarnum joins the host when it is loaded and leaves no trace when it is unloaded.
 #include "sarnum/host/extension_module.h"
 
-#include <dlfcn.h>
 #include <gtest/gtest.h>
+
+#include "loaded_library.h"
 
 namespace {
 
@@ -10,12 +11,11 @@ using sarnum::host::is_extension_module_attached;
 
 TEST(ExtensionModule, IsAttachedWhileTheLibraryIsLoaded) {
   for (int round = 0; round < 2; ++round) {
-    ASSERT_EQ(dlopen(SARNUM_LIBRARY_FILE, RTLD_NOW | RTLD_NOLOAD), nullptr) << "still loaded";
+    ASSERT_FALSE(LoadedLibrary::is_loaded(SARNUM_LIBRARY_FILE));
     ASSERT_FALSE(is_extension_module_attached("sarnum"));
-    void* const library = dlopen(SARNUM_LIBRARY_FILE, RTLD_NOW | RTLD_LOCAL);
-    ASSERT_NE(library, nullptr) << dlerror();
+    const LoadedLibrary library(SARNUM_LIBRARY_FILE);
+    ASSERT_TRUE(library);
     EXPECT_TRUE(is_extension_module_attached("sarnum"));
-    ASSERT_EQ(dlclose(library), 0) << dlerror();
   }
 }
 

@@ -5,6 +5,7 @@
 #include <array>
 #include <climits>
 #include <fstream>
+#include <thread>
 
 #include "raster_files.h"
 
@@ -12,6 +13,7 @@ namespace {
 
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
+using ::testing::StartsWith;
 
 TEST_F(LayerTest, KnowsTheStatedValuesOnly) {
   // One argument of the smallest good call at a time is one less.
@@ -60,30 +62,19 @@ TEST_F(LayerTest, StoresPartsOfRowsInAnyOrderAndNothingOutside) {
     EXPECT_THAT(failure(), HasSubstr(path_));
   }
   layer_.Close();
-  const GDALDatasetUniquePtr dataset(GDALDataset::Open(path_.c_str()));
-  ASSERT_NE(dataset, nullptr);
-  EXPECT_STREQ(dataset->GetDriverName(), "GTiff");
-  EXPECT_EQ(dataset->GetRasterBand(1)->GetRasterDataType(), GDT_Float32);
   ASSERT_NE(open(layer_, path_) * set_band(40), 0);
   EXPECT_EQ(layer_.WriteRow(values.data(), 0, 0, 5, 1), 0);
   EXPECT_THAT(row(0), ElementsAre(0.1f, 0, 0, 0.1f, 2));
   EXPECT_THAT(row(20), ElementsAre(0.1f, 0, 0, 0, 0));
   EXPECT_EQ(row(39), values);
-
-  // GDAL likes to note the size of a zipped file beside it.
-  const std::string zipped = "/vsigzip/" + folder_.file("raster.gz");
-  ASSERT_EQ(CPLCopyFile(zipped.c_str(), path_.c_str()), 0);
-  ASSERT_NE(open(layer_, zipped) * set_band(40), 0);
-  EXPECT_EQ(row(39), values);
-  EXPECT_THAT(folder_.names(), ElementsAre("raster.gz", "raster.tif"));
 }
 
 TEST_F(LayerTest, BandsDeliverEveryRowAndNoneBeyondTheFile) {
-  for (const char* const options : {"", "BLOCKYSIZE=5", "TILED=YES BLOCKXSIZE=16 BLOCKYSIZE=16"}) {
+  for (const char* const layout : layouts) {
     for (const int height : {1, 7, 50, 64}) {
-      make_raster(path_, 37, height, options);
+      make_raster(path_, 37, height, layout);
       for (const int rows : {1, 3, 16, 36, INT_MAX}) {
-        SCOPED_TRACE(testing::Message() << options << ' ' << height << " rows by " << rows);
+        SCOPED_TRACE(testing::Message() << layout << ' ' << height << " rows by " << rows);
         ASSERT_NE(open(layer_, path_), 0);
         EXPECT_EQ(row(0), noise(37, 0));
         EXPECT_TRUE(row(1).empty()) << "a band of one row until another is set";
@@ -106,49 +97,26 @@ TEST_F(LayerTest, BandsDeliverEveryRowAndNoneBeyondTheFile) {
   }
 }
 
-TEST_F(LayerTest, DeliversEveryRealTypeAsStoredAndRefusesComplexOnes) {
-  for (int type = GDT_Byte; type <= GDT_CFloat64; ++type) {
-    GDALDatasetUniquePtr dataset = make_raster(path_, 10, 1, "", static_cast<GDALDataType>(type));
-    // These describe the samples and do not change them.
-    dataset->GetRasterBand(1)->SetNoDataValue(noise(10, 0)[0]);
-    dataset->GetRasterBand(1)->SetScale(2.0);
-    dataset.reset();
-    const bool is_real = type < GDT_CInt16;
-    EXPECT_EQ(open(layer_, path_) != 0, is_real) << type;
-    EXPECT_EQ(row(0), is_real ? noise(10, 0) : std::vector<float>()) << type;
-    EXPECT_THAT(failure(), HasSubstr(is_real ? "" : path_ + ": its pixels are complex"));
-    EXPECT_THAT(failure(), HasSubstr(is_real ? "" : "detect"));
+TEST_F(LayerTest, WhatCannotBeOpenedOrCreatedIsRefusedInOneLineThatStays) {
+  std::ofstream(folder_.file("text.tif")) << "not a raster\n";
+  std::ofstream(folder_.file("empty.vrt")) << "<VRTDataset rasterXSize='2' rasterYSize='2'/>";
+  for (const std::string& path :
+       {folder_.file("text.tif"), folder_.file("empty.vrt"), folder_.path().string(), std::string(),
+        folder_.file("two\nlines.tif"), path_}) {
+    EXPECT_EQ(open(layer_, path), 0) << path;
+    EXPECT_THAT(failure(), StartsWith("cannot open " + path.substr(0, path.find('\n'))));
+    EXPECT_EQ(failure().find('\n'), std::string::npos) << failure();
   }
-}
+  layer_.Open("later.tif", 272, 0, 0x80000000UL);
+  std::thread([this] { EXPECT_EQ(open(layer_, "no.tif"), 0); }).join();
+  EXPECT_EQ(failure(), "cannot open " + path_ + ": No such file or directory");
 
-TEST_F(LayerTest, CreationOptionsServeOneFileAndAreChecked) {
-  const auto is_big_tiff = [this] {
-    layer_.Close();
-    std::ifstream file(path_, std::ios::binary);
-    file.seekg(2);
-    return file.get() == 43;
-  };
-  const char* const replaced = "COMPRES=DEFLATE";
-  ASSERT_TRUE(sarnum::host::set_creation_options(&replaced, 1));
-  EXPECT_NE(create(layer_, path_, 8, 8, {"bigtiff=YES"}), 0);
-  EXPECT_TRUE(is_big_tiff());
-  EXPECT_EQ(create(layer_, folder_.file("no/out.tif"), 8, 8, {"BIGTIFF=YES"}), 0);
-  EXPECT_NE(create(layer_, path_, 8, 8), 0);
-  EXPECT_FALSE(is_big_tiff());
-  // Larger than the 2 GiB from which a BigTIFF is the safer choice, smaller than needs one.
-  float one = 1.0f;
-  for (const int written : {-1, 0, 29999}) {
-    EXPECT_NE(create(layer_, path_, 30000, 30000, {"SPARSE_OK=TRUE"}), 0);
-    EXPECT_EQ(layer_.WriteRow(&one, 0, written, 1, 1) != 0, written >= 0);
-    EXPECT_TRUE(is_big_tiff());
-    ASSERT_NE(open(layer_, path_), 0) << "a sparse file is whole: " << failure();
-    EXPECT_EQ(row(0)[0], written == 0 ? 1.0f : 0.0f);
-  }
-  for (const char* const option : {"COMPRES=DEFLATE", "COMPRESS=UNHEARD_OF", "COMPRESS"}) {
-    EXPECT_EQ(create(layer_, path_, 8, 8, {option}), 0) << option;
-    EXPECT_THAT(failure(), ::testing::AllOf(HasSubstr(path_), HasSubstr("COMPRES")));
-    EXPECT_NE(open(layer_, path_), 0) << "the former file is lost";
-  }
+  std::filesystem::remove(folder_.file("text.tif"));
+  std::filesystem::remove(folder_.file("empty.vrt"));
+  EXPECT_EQ(create(layer_, path_, 100000, 100000, {"BIGTIFF=NO"}), 0);
+  EXPECT_EQ(create(layer_, folder_.path().string(), 4, 4), 0);
+  EXPECT_THAT(failure(), StartsWith("cannot create " + folder_.path().string() + ": "));
+  EXPECT_TRUE(folder_.names().empty());
 }
 
 }  // namespace

@@ -1,14 +1,19 @@
-// Layers used as the library uses them, on files made with GDAL alone.
+// Layers used as the library uses them, on files made without them: by GDAL where the host has it,
+// byte by byte where it stores flat samples.
 #pragma once
 
+#if defined(SARNUM_TESTS_GDAL)
 #include <cpl_string.h>
 #include <gdal_priv.h>
+#endif
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <fstream>
 #include <random>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "sarnum/host/file_layer.h"
@@ -23,7 +28,10 @@ inline std::vector<float> noise(int width, int row) {
   return samples;
 }
 
-/// Writes three bands of noise, the rows of each going on where those of the last one ended.
+// Three bands of noise, the rows of each going on where those of the last one ended.
+#if defined(SARNUM_TESTS_GDAL)
+constexpr const char* layouts[] = {"", "BLOCKYSIZE=5", "TILED=YES BLOCKXSIZE=16 BLOCKYSIZE=16"};
+
 inline GDALDatasetUniquePtr make_raster(const std::string& path, int width, int height,
                                         const char* options = "", GDALDataType type = GDT_Float32,
                                         const char* driver = "GTiff") {
@@ -39,6 +47,32 @@ inline GDALDatasetUniquePtr make_raster(const std::string& path, int width, int 
   }
   return dataset;
 }
+#else
+constexpr const char* layouts[] = {"bsq", "bil", "bip"};
+
+inline void make_raster(const std::string& path, int width, int height,
+                        std::string_view interleave = "bsq") {
+  std::ofstream(path + ".hdr") << "ENVI\nsamples = " << width << "\nlines = " << height
+                               << "\nbands = 3\ndata type = 4\ninterleave = " << interleave << '\n';
+  std::vector<std::vector<float>> rows;
+  for (int i = 0; i < 3 * height; ++i) {
+    rows.push_back(noise(width, i));
+  }
+  std::vector<float> samples;
+  for (int i = 0; i < 3 * height * width; ++i) {
+    const int band = interleave == "bsq"   ? i / width / height
+                     : interleave == "bil" ? i / width % 3
+                                           : i % 3;
+    const int x = interleave == "bip" ? i / 3 % width : i % width;
+    const int y = interleave == "bsq" ? i / width % height : i / width / 3;
+    samples.push_back(
+        rows[static_cast<std::size_t>(band * height + y)][static_cast<std::size_t>(x)]);
+  }
+  std::ofstream(path, std::ios::binary)
+      .write(reinterpret_cast<const char*>(samples.data()),
+             static_cast<std::streamsize>(samples.size() * sizeof(float)));
+}
+#endif
 
 class LayerTest : public ::testing::Test {
  protected:

@@ -29,9 +29,11 @@ LongDoubles make_matrix(int kind, int n, int columns) {
     const int row = i / columns, column = i % columns;
     long double& value = a[static_cast<std::size_t>(i)];
     if (kind == badly_scaled) {
-      value = std::ldexp(value, 97 * (row % 7 - 3) + 31 * (column % 5 - 2));
+      value *= std::ldexp(1.0, 97 * (row % 7 - 3) + 31 * (column % 5 - 2));
     } else if (kind == many_ties || kind == singular) {  // integers: exact zeros come about
-      value = column == zero_column && kind == singular ? 0 : std::round(1.49L * value);
+      value = column == zero_column && kind == singular
+                  ? 0
+                  : std::round(1.49 * static_cast<double>(value));
     }
     if (row >= n - dependent) {
       value = 2 * a[static_cast<std::size_t>(column)] + (kind == singular ? 0 : 1e-13L * value);
@@ -152,7 +154,7 @@ TEST(Products, EqualThePlainDefinitionAlsoOntoAFactor) {
 }
 
 TEST(LinearSystems, RowsAreComparedAsDoubles) {
-  const long double above_one = std::nextafter(1.0L, 2.0L);
+  const long double above_one = 1 + std::numeric_limits<long double>::epsilon();
   LongDoubles a = {1, 2, 3, -above_one, 5, 6}, given = a;
   ChangeRow_IJ(1, 1, 2, a.data());
   EXPECT_EQ(a == given, std::numeric_limits<long double>::digits > 53);

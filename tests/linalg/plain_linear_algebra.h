@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <iterator>
 #include <random>
 #include <utility>
@@ -133,9 +134,10 @@ Doubles fit(int terms, std::size_t samples, Element element, RightSide right_sid
 /// Uniform in −1 … 1, with more digits than a double has.
 inline LongDoubles random_values(int count, int seed) {
   std::mt19937_64 engine(static_cast<unsigned>(seed));
-  std::uniform_real_distribution<long double> uniform(-1, 1);
   LongDoubles values(static_cast<std::size_t>(count));
-  std::ranges::generate(values, [&] { return uniform(engine); });
+  std::ranges::generate(values, [&] {
+    return static_cast<long double>(static_cast<std::int64_t>(engine())) * 0x1p-63L;
+  });
   return values;
 }
 

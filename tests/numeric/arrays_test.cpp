@@ -52,7 +52,7 @@ void expect_extremes_of(std::vector<double> a) {
       p = extreme.replaces(a[i], a[p]) ? i : p;
     }
     EXPECT_PRED2(same_value, extreme.value(a.data(), n), a[p]);
-    EXPECT_EQ(extreme.index(a.data(), n), extreme.value == Min_mass ? n - 1 : static_cast<int>(p));
+    EXPECT_EQ(extreme.index(a.data(), n), &extreme == &extremes[0] ? n - 1 : static_cast<int>(p));
   }
 }
 

@@ -1,8 +1,9 @@
 #!/bin/sh
-# headers_alone.sh INCLUDE_DIR COMPILER: every installed header compiles by itself as C++17,
+# headers_alone.sh INCLUDE_DIR COMPILER [OPTION...]: every installed header compiles by itself as C++17,
 # without a warning.
 set -eu
 include_dir=$1 compiler=$2
+shift 2
 
 command -v "$compiler" >/dev/null 2>&1 || {
   echo "no $compiler here"
@@ -15,7 +16,7 @@ headers=$(find sarnum -name '*.h')
 failed=0
 for header in $headers; do
   printf '#include "%s"\n' "$header" |
-    "$compiler" -x c++ -std=c++17 -Wall -Wextra -Wconversion -Wshadow -pedantic -Werror \
+    "$compiler" "$@" -x c++ -std=c++17 -Wall -Wextra -Wconversion -Wshadow -pedantic -Werror \
       -fsyntax-only -I. - || { echo "not by itself: $header" >&2; failed=1; }
 done
 exit $failed

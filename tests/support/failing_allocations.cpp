@@ -4,43 +4,88 @@
 #include <cstdlib>
 #include <new>
 
+#if defined(_WIN32)
+#define WIN32_LEAN_AND_MEAN
+#include <windows.h>
+#endif
+
 namespace {
 
-thread_local bool counting = false, stays_failing = false;
-thread_local int asked = 0, failing_number = 0;
+// The one that lives in this thread. On Windows the compiler's thread_local allocates.
+#if defined(_WIN32)
+DWORD slot = TLS_OUT_OF_INDEXES;
 
-bool fails_now() {
-  asked += counting ? 1 : 0;
-  return counting && failing_number > 0 &&
-         (asked == failing_number || (stays_failing && asked > failing_number));
+FailingAllocations* living() {
+  return slot != TLS_OUT_OF_INDEXES ? static_cast<FailingAllocations*>(TlsGetValue(slot)) : nullptr;
 }
+
+void set_living(FailingAllocations* here) {
+  static const DWORD made = slot = TlsAlloc();
+  TlsSetValue(made, here);
+}
+#else
+thread_local FailingAllocations* here_lives = nullptr;
+
+FailingAllocations* living() {
+  return here_lives;
+}
+
+void set_living(FailingAllocations* here) {
+  here_lives = here;
+}
+#endif
 
 }  // namespace
 
-FailingAllocations::FailingAllocations(int nth, Failing failing) {
-  asked = 0;
-  failing_number = nth;
-  stays_failing = failing == Failing::persistently;
-  counting = true;
+FailingAllocations::FailingAllocations(int nth, Failing failing)
+    : failing_(failing), failing_number_(nth) {
+  set_living(this);
 }
 
 FailingAllocations::~FailingAllocations() {
-  counting = false;
+  set_living(nullptr);
 }
 
-int FailingAllocations::count() const {
-  return asked;
+bool FailingAllocations::one_more_fails() {
+  FailingAllocations* const here = living();
+  if (here == nullptr) {
+    return false;
+  }
+  ++here->asked_;
+  return here->failing_number_ > 0 &&
+         (here->asked_ == here->failing_number_ ||
+          (here->failing_ == Failing::persistently && here->asked_ > here->failing_number_));
 }
 
 extern "C" void* __real_malloc(std::size_t size);
 extern "C" void* __wrap_malloc(std::size_t size);
 
+#if defined(_WIN32)
+// The linker replaces it in the compiler's library too, which makes a lock when it is first used
+// and has no way to say that it cannot. The lock of its reserve for exceptions is made beforehand:
+// by an exception that is denied storage, where a lock is not.
+bool denied_to_exceptions = false;
+
+const bool has_lock_of_reserve = [] {
+  denied_to_exceptions = true;
+  try {
+    throw std::bad_alloc();
+  } catch (const std::bad_alloc&) {
+    denied_to_exceptions = false;
+  }
+  return true;
+}();
+#else
+constexpr bool denied_to_exceptions = false;
+#endif
+
 void* __wrap_malloc(std::size_t size) {
-  return fails_now() ? nullptr : __real_malloc(size);
+  const bool fails = (denied_to_exceptions && size > 64) || FailingAllocations::one_more_fails();
+  return fails ? nullptr : __real_malloc(size);
 }
 
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
-  return fails_now() ? nullptr : __real_malloc(size > 0 ? size : 1);
+  return FailingAllocations::one_more_fails() ? nullptr : __real_malloc(size > 0 ? size : 1);
 }
 
 void* operator new(std::size_t size) {

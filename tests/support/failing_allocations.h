@@ -13,5 +13,13 @@ class FailingAllocations {
   ~FailingAllocations();
 
   /// Allocations asked for so far.
-  int count() const;
+  int count() const { return asked_; }
+
+  /// Counts one more of this thread, if one of these lives in it, and tells whether it fails.
+  static bool one_more_fails();
+
+ private:
+  Failing failing_;
+  int failing_number_;
+  int asked_ = 0;
 };

@@ -1,5 +1,5 @@
 // Oracles for the transforms: the radix-2 definition written down as plainly as it reads, and a
-// discrete Fourier transform in long double.
+// discrete Fourier transform in a wider type.
 #pragma once
 
 #include <cmath>
@@ -8,6 +8,10 @@
 #include <random>
 #include <utility>
 #include <vector>
+
+#if __LDBL_MANT_DIG__ == 53
+#include <quadmath.h>
+#endif
 
 namespace oracle {
 
@@ -53,12 +57,27 @@ void radix2(Stored* re, Stored* im, int m, bool inverse) {
   }
 }
 
-using Exact = std::vector<std::complex<long double>>;
+/// What has more digits than a double. Of long double as short as that there are no functions.
+#if __LDBL_MANT_DIG__ == 53
+using Wide = __float128;
+inline std::complex<Wide> at_angle(Wide angle) {
+  return {cosq(angle), sinq(angle)};
+}
+inline const Wide pi = acosq(Wide{-1});
+#else
+using Wide = long double;
+inline std::complex<Wide> at_angle(Wide angle) {
+  return std::polar(Wide{1}, angle);
+}
+inline const Wide pi = std::acos(Wide{-1});
+#endif
 
-/// The discrete Fourier transform of every `stride`-th of some samples, in long double, by even and
-/// odd ones: another order than the definition above has.
+using Exact = std::vector<std::complex<Wide>>;
+
+/// The discrete Fourier transform of every `stride`-th of some samples, by even and odd ones:
+/// another order than the definition above has.
 inline void exact_transform(const Exact::value_type* in, std::size_t stride, std::size_t n,
-                            long double turn, Exact::value_type* out) {
+                            Wide turn, Exact::value_type* out) {
   if (n == 1) {
     *out = *in;
     return;
@@ -66,8 +85,8 @@ inline void exact_transform(const Exact::value_type* in, std::size_t stride, std
   exact_transform(in, 2 * stride, n / 2, turn, out);
   exact_transform(in + stride, 2 * stride, n / 2, turn, out + n / 2);
   for (std::size_t k = 0; k < n / 2; ++k) {
-    const long double angle = turn * static_cast<long double>(k) / static_cast<long double>(n);
-    const auto turned = std::polar(1.0L, angle) * out[k + n / 2];
+    const Wide angle = turn * static_cast<Wide>(k) / static_cast<Wide>(n);
+    const auto turned = at_angle(angle) * out[k + n / 2];
     out[k + n / 2] = out[k] - turned;
     out[k] += turned;
   }
@@ -75,7 +94,7 @@ inline void exact_transform(const Exact::value_type* in, std::size_t stride, std
 
 inline Exact exact_transform(const Exact& line, bool inverse) {
   Exact all(line.size());
-  const long double turn = (inverse ? 2 : -2) * std::acos(-1.0L);
+  const Wide turn = (inverse ? 2 : -2) * pi;
   exact_transform(line.data(), 1, line.size(), turn, all.data());
   return all;
 }
@@ -91,13 +110,13 @@ Exact complex_line(const std::vector<Stored>& line) {
 
 /// ‖actual − expected‖ / ‖expected‖; both begin at frequency `first`.
 inline double relative_error(const Exact& actual, const Exact& expected, std::size_t first = 0) {
-  long double difference = 0, norm = 0;
+  Wide difference = 0, norm = 0;
   for (std::size_t k = 0; k < actual.size(); ++k) {
     const auto& right = expected[(k + first) % expected.size()];
     difference += std::norm(actual[k] - right);
     norm += std::norm(right);
   }
-  return static_cast<double>(std::sqrt(difference / norm));
+  return std::sqrt(static_cast<double>(difference / norm));
 }
 
 /// Normally distributed numbers, the same in every run of a test.

@@ -2,7 +2,6 @@
 
 #include <cxxabi.h>
 #include <sarnum/sarnum.h>
-#include <sys/mman.h>
 
 #include <algorithm>
 #include <cmath>
@@ -19,6 +18,7 @@
 #include <type_traits>
 #include <typeinfo>
 
+#include "guarded_pages.h"
 #include "pixel_cases.h"
 #include "temporary_folder.h"
 
@@ -62,21 +62,18 @@ Call::Call(const Conditions& given)
       engine_(static_cast<unsigned>(given.size) * 31 + given.variant * 7 + given.data) {}
 
 unsigned char* Call::place(std::size_t bytes, std::size_t alignment, Block block) {
-  constexpr std::size_t page = 4096, line = 64;
+  constexpr std::size_t line = 64;
   block.bytes = bytes;
   if (given_.page == Conditions::anywhere) {
     block.begin = line + given_.offset / alignment * alignment;
     block.room = (block.begin + bytes) / line * line + 2 * line;
-    block.memory.reset(static_cast<unsigned char*>(std::aligned_alloc(line, block.room)),
-                       [](unsigned char* p) { std::free(p); });
+    constexpr std::align_val_t alignment_of_line{line};
+    block.memory.reset(static_cast<unsigned char*>(operator new(block.room, alignment_of_line)),
+                       [](unsigned char* p) { operator delete(p, alignment_of_line); });
   } else {
-    block.room = (bytes / page + 1) * page;
+    block.room = (bytes / page_size + 1) * page_size;
     block.begin = given_.page == Conditions::begins ? 0 : block.room - bytes;
-    const std::size_t mapped = block.room + 2 * page;
-    auto* const pages = static_cast<unsigned char*>(
-        mmap(nullptr, mapped, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
-    mprotect(pages + page, block.room, PROT_READ | PROT_WRITE);
-    block.memory.reset(pages + page, [mapped](unsigned char* p) { munmap(p - page, mapped); });
+    block.memory = guarded_pages(block.room);
   }
   std::fill_n(block.memory.get(), block.room, canary);
   blocks_.push_back(block);
@@ -422,10 +419,12 @@ std::size_t length_of_version(int) {
 /// @return a number for the bytes of the output.
 double multilook(unsigned char* samples, int side, int across, int down) {
   const TemporaryFolder folder;
-  const std::string in = folder.file("in.pgm"), out = folder.file("out.tif");
-  std::ofstream(in) << "P5 " << side << ' ' << side << " 255\n"
-                    << std::string(reinterpret_cast<const char*>(samples),
-                                   static_cast<std::size_t>(room_for(side) * room_for(side)));
+  const std::string in = folder.file("in"), out = folder.file("out");
+  std::ofstream(in + ".hdr") << "ENVI\nsamples = " << side << "\nlines = " << side
+                             << "\nbands = 1\ndata type = 1\ninterleave = bsq\n";
+  std::ofstream(in, std::ios::binary)
+      << std::string(reinterpret_cast<const char*>(samples),
+                     static_cast<std::size_t>(room_for(side) * room_for(side)));
   CCustomMeterInfo meter;
   const int result = NoncoherentAccumulationR(out.c_str(), in.c_str(), across, down, &meter);
   std::ifstream file(out, std::ios::binary);

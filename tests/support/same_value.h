@@ -23,7 +23,8 @@ testing::AssertionResult same_values(const std::vector<A>& actual, const std::ve
     if (!((actual[i] == expected[i] && same_sign) ||
           (std::isnan(actual[i]) && std::isnan(expected[i])))) {
       return testing::AssertionFailure()
-             << "element " << i << " is " << actual[i] << ", expected " << expected[i];
+             << "element " << i << " is " << static_cast<double>(actual[i]) << ", expected "
+             << static_cast<double>(expected[i]);
     }
   }
   return testing::AssertionResult(actual.size() == expected.size()) << "sizes differ";

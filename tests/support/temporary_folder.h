@@ -1,22 +1,19 @@
 // A folder of a test's own, removed with what is in it.
 #pragma once
 
-#include <stdlib.h>
-
 #include <algorithm>
 #include <filesystem>
-#include <stdexcept>
+#include <random>
 #include <string>
 #include <vector>
 
 class TemporaryFolder {
  public:
   TemporaryFolder() {
-    std::string path = (std::filesystem::temp_directory_path() / "sarnum-test-XXXXXX").string();
-    if (mkdtemp(path.data()) == nullptr) {
-      throw std::runtime_error("cannot create a folder like " + path);
-    }
-    path_ = path;
+    std::random_device random;
+    do {
+      path_ = std::filesystem::temp_directory_path() / ("sarnum-test-" + std::to_string(random()));
+    } while (!std::filesystem::create_directory(path_));
   }
   TemporaryFolder(const TemporaryFolder&) = delete;
   TemporaryFolder& operator=(const TemporaryFolder&) = delete;

@@ -5,6 +5,12 @@
 /// creates GeoTIFF; rows are 32-bit floats whatever the file holds. Nodata values, scale and
 /// offset are not applied: the stored values are delivered. The layer never writes anything
 /// beside a file that it reads.
+///
+/// A host built without GDAL (SARNUM_RASTER=envi, as on Windows) opens and creates files of flat
+/// samples with an ENVI header beside them, named like the file with ".hdr" appended, or in place
+/// of its extension. It reads the first band of all real types, interleaves and byte orders, and
+/// creates one band of floats in the machine's byte order, under the first of these names. The
+/// header that described a replaced file is removed.
 #ifndef SARNUM_HOST_FILE_LAYER_H
 #define SARNUM_HOST_FILE_LAYER_H
 
@@ -40,8 +46,8 @@ class SARNUM_HOST_API CFileLayer {
   int Height();
   /// @}
 
-  /// Creates a GeoTIFF of 32-bit floats, replacing an existing raster and its sidecars; an open
-  /// file is closed first. Files that may pass 4 GiB become BigTIFF.
+  /// Creates a raster of 32-bit floats, replacing an existing one and its sidecars; an open
+  /// file is closed first. GeoTIFFs that may pass 4 GiB become BigTIFF.
   /// @param width, height  at least 1.
   /// @param type, mode, format, extra, flag  7, 273, 7, null, 0.
   /// @return 0 for any other values and when the file cannot be created.

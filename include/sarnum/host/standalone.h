@@ -22,7 +22,8 @@ SARNUM_HOST_API void clear_raster_failure() noexcept;
 /// GDAL creation options for the next CFileLayer::Create on this thread, which uses them up:
 /// `count` strings of the form NAME=VALUE, which are copied. They come after the layer's own
 /// BIGTIFF=IF_SAFER and replace it when they name the same option. An option or a value that
-/// GeoTIFF does not know makes Create() fail before it touches an existing file.
+/// GeoTIFF does not know makes Create() fail before it touches an existing file. Files of flat
+/// samples, which a host without GDAL creates, have no options: all are unknown.
 /// @return false, with no options set, when storage is short.
 SARNUM_HOST_API bool set_creation_options(const char* const* options, int count) noexcept;
 

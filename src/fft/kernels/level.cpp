@@ -5,10 +5,12 @@
 
 namespace sarnum {
 
+#if !defined(SARNUM_PLAIN_FORMS)
 extern const Level level_baseline;
 #if defined(__x86_64__)
 extern const Level level_avx2;
 extern const Level level_avx512;
+#endif
 #endif
 
 namespace {
@@ -17,10 +19,12 @@ constexpr Level level_scalar = {"scalar", 0, {}, {}, {}, {}, {}, {}, {}, {}};
 
 constexpr Levels<Level>::List tables = {
     &level_scalar,
+#if !defined(SARNUM_PLAIN_FORMS)
     &level_baseline,
 #if defined(__x86_64__)
     &level_avx2,
     &level_avx512,
+#endif
 #endif
 };
 

@@ -118,8 +118,6 @@ std::string missing_of_dataset(GDALDataset& dataset, int depth) {
   return missing;
 }
 
-thread_local std::string answer;
-
 }  // namespace
 
 void forbid_sidecar(GDALDataset& dataset) {
@@ -134,18 +132,17 @@ std::string missing_samples(GDALDataset& dataset) {
 
 const char* missing_samples(const char* path) noexcept {
   try {
-    answer.clear();
     register_drivers_once();
     const CPLErrorHandlerPusher quiet(CPLQuietErrorHandler);
     const GDALDatasetUniquePtr dataset(GDALDataset::Open(path, GDAL_OF_RASTER));
-    if (dataset != nullptr) {
-      forbid_sidecar(*dataset);
-      answer = missing_samples(*dataset);
+    if (dataset == nullptr) {
+      return "";
     }
+    forbid_sidecar(*dataset);
+    return keep_text(missing_samples(*dataset));
   } catch (const std::exception&) {
-    answer = "out of memory";
+    return "out of memory";
   }
-  return answer.c_str();
 }
 
 }  // namespace sarnum::host

@@ -14,6 +14,9 @@ std::string missing_samples(GDALDataset& dataset);
 /// GDAL notes some of what it works out while reading in a .aux.xml sidecar at close.
 void forbid_sidecar(GDALDataset& dataset);
 
+/// Makes GDAL know its formats, when the first raster is opened or created.
+void register_drivers_once();
+
 }  // namespace sarnum::host
 
 #endif

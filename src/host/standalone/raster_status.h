@@ -16,8 +16,8 @@ void remember_raster_failure(std::string_view action, std::string_view path,
 /// The options for the file that is created next on this thread, which are thereby used up.
 std::vector<std::string> take_creation_options() noexcept;
 
-/// Makes GDAL know its formats, when the first raster is opened or created.
-void register_drivers_once();
+/// The text, valid until the next one is kept on this thread.
+const char* keep_text(std::string text) noexcept;
 
 }  // namespace sarnum::host
 

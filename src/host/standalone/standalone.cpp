@@ -3,16 +3,63 @@
 #include "sarnum/host/standalone.h"
 
 #include <exception>
+#include <new>
 #include <utility>
 
 #include "host/standalone/raster_status.h"
+
+#if defined(_WIN32)
+#define WIN32_LEAN_AND_MEAN
+#include <windows.h>
+#endif
 
 namespace sarnum::host {
 
 namespace {
 
-thread_local std::string failure;
-thread_local std::vector<std::string> creation_options;
+struct ThreadState {
+  std::string failure;
+  std::vector<std::string> creation_options;
+  std::string text;
+};
+
+#if defined(_WIN32)
+// MinGW-w64 frees what is thread_local before it destroys it. The system destroys these when their
+// thread ends, and those that are left when the library is unloaded.
+class ThreadStates {
+ public:
+  ThreadStates() noexcept
+      : index_(FlsAlloc([](void* state) { delete static_cast<ThreadState*>(state); })) {}
+  ThreadStates(const ThreadStates&) = delete;
+  ThreadStates& operator=(const ThreadStates&) = delete;
+  ~ThreadStates() { FlsFree(index_); }
+
+  ThreadState* of_this_thread() const noexcept {
+    void* state = FlsGetValue(index_);
+    if (state == nullptr) {
+      state = new (std::nothrow) ThreadState;
+      FlsSetValue(index_, state);
+    }
+    return static_cast<ThreadState*>(state);
+  }
+
+ private:
+  DWORD index_;
+};
+
+ThreadStates thread_states;
+
+/// Null when storage is short.
+ThreadState* thread_state() noexcept {
+  return thread_states.of_this_thread();
+}
+#else
+thread_local ThreadState state_here;
+
+ThreadState* thread_state() noexcept {
+  return &state_here;
+}
+#endif
 
 bool is_space_or_control(char c) {
   return static_cast<unsigned char>(c) <= 0x20 || c == 0x7f;
@@ -45,15 +92,22 @@ std::string_view without_leading_path(std::string_view reason, std::string_view 
 }  // namespace
 
 const char* raster_failure() noexcept {
-  return failure.c_str();
+  const ThreadState* const state = thread_state();
+  return state != nullptr ? state->failure.c_str() : "out of memory";
 }
 
 void clear_raster_failure() noexcept {
-  failure.clear();
+  if (ThreadState* const state = thread_state()) {
+    state->failure.clear();
+  }
 }
 
 bool set_creation_options(const char* const* options, int count) noexcept {
-  creation_options.clear();
+  ThreadState* const state = thread_state();
+  if (state == nullptr) {
+    return false;
+  }
+  state->creation_options.clear();
   try {
     std::vector<std::string> copies;
     for (int i = 0; i < count; ++i) {
@@ -61,7 +115,7 @@ bool set_creation_options(const char* const* options, int count) noexcept {
         copies.emplace_back(options[i]);
       }
     }
-    creation_options = std::move(copies);
+    state->creation_options = std::move(copies);
     return true;
   } catch (const std::exception&) {
     return false;
@@ -70,7 +124,8 @@ bool set_creation_options(const char* const* options, int count) noexcept {
 
 void remember_raster_failure(std::string_view action, std::string_view path,
                              std::string_view reason) noexcept {
-  if (!failure.empty()) {
+  ThreadState* const state = thread_state();
+  if (state == nullptr || !state->failure.empty()) {
     return;
   }
   try {
@@ -80,15 +135,25 @@ void remember_raster_failure(std::string_view action, std::string_view path,
     append_as_one_line(line, path);
     line += ": ";
     append_as_one_line(line, without_leading_path(reason, path));
-    failure = std::move(line);
+    state->failure = std::move(line);
   } catch (const std::exception&) {
     // Short enough for the string's own storage, so that a failure is never lost.
-    failure = "out of memory";
+    state->failure = "out of memory";
   }
 }
 
 std::vector<std::string> take_creation_options() noexcept {
-  return std::exchange(creation_options, {});
+  ThreadState* const state = thread_state();
+  return state != nullptr ? std::exchange(state->creation_options, {}) : std::vector<std::string>();
+}
+
+const char* keep_text(std::string text) noexcept {
+  ThreadState* const state = thread_state();
+  if (state == nullptr) {
+    return "out of memory";
+  }
+  state->text = std::move(text);
+  return state->text.c_str();
 }
 
 }  // namespace sarnum::host

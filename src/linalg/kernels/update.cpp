@@ -5,10 +5,12 @@
 
 namespace sarnum {
 
+#if !defined(SARNUM_PLAIN_FORMS)
 extern const UpdateLevel update_level_baseline;
 #if defined(__x86_64__)
 extern const UpdateLevel update_level_avx2;
 extern const UpdateLevel update_level_avx512;
+#endif
 #endif
 
 namespace {
@@ -17,10 +19,12 @@ constexpr UpdateLevel scalar = {"scalar", nullptr};
 
 constexpr Levels<UpdateLevel>::List tables = {
     &scalar,
+#if !defined(SARNUM_PLAIN_FORMS)
     &update_level_baseline,
 #if defined(__x86_64__)
     &update_level_avx2,
     &update_level_avx512,
+#endif
 #endif
 };
 
