@@ -55,6 +55,7 @@ def lines(random, rows, columns):
                 ("forward complex64", lambda: sarnum.fft.forward(work64), lambda: work64, z64, 1e-5),
                 ("tables complex64", lambda: tables.forward(work64), lambda: work64, z64, 1e-5),
                 ("forward complex128", lambda: sarnum.fft.forward(work), lambda: work, z, 1e-12),
+                ("tables complex128", lambda: tables.forward(work), lambda: work, z, 1e-12),
                 ("tables float64 pair", lambda: tables.forward(re, im), lambda: re + 1j * im, z, 1e-12)):
             for peer_name, peer in (("numpy.fft", numpy.fft.fft), ("scipy.fft", scipy.fft.fft)):
                 yield row(f"Python {name}/{rows}x{columns}", ours, result, peer_name,

@@ -24,6 +24,7 @@ import logging
 import os
 import pathlib
 import shutil
+import signal
 import sys
 import threading
 import uuid
@@ -222,8 +223,10 @@ def attempt(target, make, scene, *arguments, after=()):
     """
     failure = next(filter(None, after), None)
     failed = scene.work / "failed"
-    if failure or target.exists() or failed.exists() or not scene.work.is_dir():
+    if failure or target.exists() or not scene.work.is_dir():
         return failure
+    if failed.exists():  # the worker that knew why may have died
+        return failed.read_text(encoding="utf-8")
     try:
         make(scene, *arguments)
     except SceneError as error:
@@ -231,7 +234,7 @@ def attempt(target, make, scene, *arguments, after=()):
     except (RuntimeError, OSError, ValueError, TypeError, MemoryError) as error:
         failure = f"cannot write '{scene.output}': {one_line(error)}; see whether its disk is full"
     if failure and scene.work.is_dir():
-        failed.touch()  # the other tasks of the scene can be left undone
+        failed.write_text(failure, encoding="utf-8", errors="replace")  # the other tasks of the scene can be left undone
     return failure
 
 
@@ -374,6 +377,7 @@ def arguments():
 
 def main():
     given, scenes = arguments()
+    signal.signal(signal.SIGTERM, signal.default_int_handler)  # batch systems end programs by it
     try:
         os.makedirs(given.folder, exist_ok=True)
         with contextlib.ExitStack() as clean, contextlib.ExitStack() as stack:

@@ -1,5 +1,6 @@
 #include "arrays.h"
 
+#include <algorithm>
 #include <bit>
 #include <complex>
 #include <cstdint>
@@ -61,6 +62,18 @@ void require_no_mask(const py::object& value, Argument argument) {
   }
 }
 
+/// Lines that share memory would be transformed more than once, each time from other values.
+bool are_disjoint(std::vector<void*> starts, py::ssize_t bytes) {
+  if (!std::is_sorted(starts.begin(), starts.end(), std::less<>())) {
+    std::sort(starts.begin(), starts.end(), std::less<>());
+  }
+  const auto overlap = [bytes](const void* a, const void* b) {
+    return reinterpret_cast<std::uintptr_t>(b) - reinterpret_cast<std::uintptr_t>(a) <
+           static_cast<std::uintptr_t>(bytes);
+  };
+  return std::adjacent_find(starts.begin(), starts.end(), overlap) == starts.end();
+}
+
 void require_writeable(const py::array& array, Argument argument) {
   if (!array.writeable()) {
     value_error(argument,
@@ -107,12 +120,6 @@ Lines lines_in_place(const py::array& array, Argument argument) {
                              ".copy()");
   }
   require_writeable(array, argument);
-  for (py::ssize_t axis = 0; axis + 1 < array.ndim(); ++axis) {
-    if (array.shape(axis) > 1 && array.strides(axis) == 0) {
-      value_error(argument, "is " + describe(array) + ", the same line again and again");
-    }
-  }
-
   Lines lines;
   lines.length = static_cast<int>(array.shape(array.ndim() - 1));
   auto* const first = static_cast<char*>(const_cast<void*>(array.data()));
@@ -126,6 +133,10 @@ Lines lines_in_place(const py::array& array, Argument argument) {
     }
   };
   collect(0, first);
+  if (!are_disjoint(lines.starts, lines.length * array.itemsize())) {
+    value_error(argument, "is " + describe(array) + ", whose lines overlap: pass a copy, " +
+                              argument.name + ".copy()");
+  }
   return lines;
 }
 
@@ -151,13 +162,10 @@ LinePairs line_pairs_in_place(const char* function, const py::object& re, const 
   }
   pairs.re = lines_in_place(re_array, re_argument);
   pairs.im = lines_in_place(im_array, im_argument);
-  const auto bytes = static_cast<std::uintptr_t>(pairs.re.length * re_array.itemsize());
-  for (std::size_t k = 0; k < pairs.re.starts.size(); ++k) {
-    const auto a = reinterpret_cast<std::uintptr_t>(pairs.re.starts[k]);
-    const auto b = reinterpret_cast<std::uintptr_t>(pairs.im.starts[k]);
-    if ((a > b ? a - b : b - a) < bytes) {
-      value_error(im_argument, "overlaps re: pass two distinct arrays");
-    }
+  std::vector<void*> all = pairs.re.starts;
+  all.insert(all.end(), pairs.im.starts.begin(), pairs.im.starts.end());
+  if (!are_disjoint(std::move(all), pairs.re.length * re_array.itemsize())) {
+    value_error(im_argument, "overlaps re: pass two distinct arrays");
   }
   return pairs;
 }
@@ -232,15 +240,15 @@ py::array exact(const py::object& value, Argument argument, const py::dtype& typ
   require_no_mask(value, argument);
   const py::module_ numpy = py::module_::import("numpy");
   const py::array array = numpy.attr("asarray")(value);
-  bool is_exact = false;
-  if ((array.dtype().kind() == 'i' || array.dtype().kind() == 'u') && array.size() > 0) {
+  bool is_exact = has_type(array, type) || (array.size() == 0 && array.dtype().kind() != 'c');
+  if (!is_exact && (array.dtype().kind() == 'i' || array.dtype().kind() == 'u')) {
     const py::ssize_t digits = type.kind() == 'i'                                 ? 31
                                : type.itemsize() == (type.kind() == 'c' ? 16 : 8) ? 53
                                                                                   : 24;
     const std::int64_t bound = (std::int64_t{1} << digits) - (type.kind() == 'i' ? 1 : 0);
     is_exact = array.attr("max")().attr("__le__")(bound).cast<bool>() &&
                array.attr("min")().attr("__ge__")(-bound).cast<bool>();
-  } else {
+  } else if (!is_exact) {
     is_exact = py::cast<bool>(numpy.attr("can_cast")(array.dtype(), type, "safe"));
   }
   if (!is_exact) {

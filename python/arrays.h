@@ -15,6 +15,8 @@
 #include <string>
 #include <vector>
 
+#include "lock.h"
+
 namespace sarnum::python {
 
 namespace py = pybind11;
@@ -55,12 +57,12 @@ struct Lines {
   }
 };
 
-/// The lines of an array that is worked on in place: writeable, aligned, each line contiguous, at
-/// least one element in all. Its type has been looked at.
+/// The lines of an array that is worked on in place: writeable, aligned, each line contiguous and
+/// apart from the others, at least one element in all. Its type has been looked at.
 Lines lines_in_place(const py::array& array, Argument argument);
 
-/// Two arrays of one shape, of floats or of doubles, the parts of complex lines; no line of the one
-/// overlaps its partner in the other.
+/// Two arrays of one shape, of floats or of doubles, the parts of complex lines; no line
+/// overlaps another one.
 struct LinePairs {
   Lines re;
   Lines im;
@@ -149,7 +151,7 @@ py::object elementwise(const char* function, const std::array<const char*, count
   Result* const to = result.mutable_data();
   const py::ssize_t size = result.size();
   {
-    const py::gil_scoped_release unlocked;
+    const Unlocked unlocked;
     for (py::ssize_t i = 0; i < size; ++i) {
       to[i] = at(i, std::make_index_sequence<count>());
     }

@@ -9,6 +9,7 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "arrays.h"
 #include "bindings.h"
@@ -27,12 +28,11 @@ namespace {
 
 // --- Lines -------------------------------------------------------------------------------------
 
-/// One transform in the layouts that it has; the others are null.
+/// One transform in the layouts that it has: of_complex_floats is null where it takes pairs alone.
 struct LineTransform {
   void (*of_doubles)(double*, double*, int);
   void (*of_floats)(float*, float*, int);
   void (*of_complex_floats)(float*, int) = nullptr;
-  void (*of_complex_doubles)(std::complex<double>*, int) = nullptr;
 };
 
 /// Lines whose types have been checked, ready to be transformed without Python's lock.
@@ -43,6 +43,10 @@ struct LineWork {
   int exponent = 0;
 
   void run(const LineTransform& transform) const {
+    // No exported transform takes interleaved doubles: each line passes through a pair.
+    const std::size_t n = are_complex_doubles ? std::size_t{1} << exponent : 0;
+    std::vector<double> re(n);
+    std::vector<double> im(n);
     for (std::size_t k = 0; k < pairs.re.starts.size(); ++k) {
       if (pairs.are_double) {
         transform.of_doubles(pairs.re.line<double>(k), pairs.im.line<double>(k), exponent);
@@ -52,7 +56,15 @@ struct LineWork {
     }
     for (std::size_t k = 0; k < complex_lines.starts.size(); ++k) {
       if (are_complex_doubles) {
-        transform.of_complex_doubles(complex_lines.line<std::complex<double>>(k), exponent);
+        auto* const line = complex_lines.line<std::complex<double>>(k);
+        for (std::size_t i = 0; i < n; ++i) {
+          re[i] = line[i].real();
+          im[i] = line[i].imag();
+        }
+        transform.of_doubles(re.data(), im.data(), exponent);
+        for (std::size_t i = 0; i < n; ++i) {
+          line[i] = {re[i], im[i]};
+        }
       } else {
         transform.of_complex_floats(complex_lines.line<float>(k), exponent);
       }
@@ -71,17 +83,12 @@ LineWork line_work(const char* function, const LineTransform& transform, const p
   }
   const py::array array = as_array(re, argument);
   work.are_complex_doubles = has_type<std::complex<double>>(array);
-  const bool is_known = work.are_complex_doubles ? transform.of_complex_doubles != nullptr
-                                                 : has_type<std::complex<float>>(array) &&
-                                                       transform.of_complex_floats != nullptr;
-  if (!is_known) {
-    type_error(argument,
-               "is " + describe(array) + " and im is missing: pass " +
-                   (transform.of_complex_floats != nullptr ? "a complex64 array" : "") +
-                   (transform.of_complex_doubles != nullptr ? ", a complex128 array" : "") +
-                   (transform.of_complex_floats != nullptr ? ", or " : "") +
-                   "the parts as two arrays of float32 or float64, as in "
-                   "re, im = z.real.copy(), z.imag.copy()");
+  const bool takes_complex = transform.of_complex_floats != nullptr;
+  if (!takes_complex || (!work.are_complex_doubles && !has_type<std::complex<float>>(array))) {
+    type_error(argument, "is " + describe(array) + " and im is missing: pass " +
+                             (takes_complex ? "a complex64 or complex128 array, or " : "") +
+                             "the parts as two arrays of float32 or float64, as in "
+                             "re, im = z.real.copy(), z.imag.copy()");
   }
   work.complex_lines = lines_in_place(array, argument);
   work.exponent = exponent_of(work.complex_lines.length, argument);
@@ -91,28 +98,12 @@ LineWork line_work(const char* function, const LineTransform& transform, const p
 void transform_lines(const char* function, const LineTransform& transform, const py::object& re,
                      const py::object& im) {
   const LineWork work = line_work(function, transform, re, im);
-  const py::gil_scoped_release unlocked;
+  const Unlocked unlocked;
   work.run(transform);
 }
 
-/// No exported transform of a line takes interleaved doubles; those of rasters do, and one row is a
-/// raster. FFT_2D divides by the length, a power of two, which multiplying takes back.
-void forward_complex_doubles(std::complex<double>* line, int m) {
-  void* row = line;
-  const int n = 1 << m;
-  CFFTClass().FFT_2D(&row, &row, n, 1, TD_COMPLEX_FLOAT64, nullptr);
-  for (int k = 0; k < n; ++k) {
-    line[k] = {line[k].real() * n, line[k].imag() * n};
-  }
-}
-
-void inverse_complex_doubles(std::complex<double>* line, int m) {
-  void* row = line;
-  CFFTClass().IFFT_2D(&row, &row, 1 << m, 1, TD_COMPLEX_FLOAT64, nullptr);
-}
-
-constexpr LineTransform forward_lines{fft, fft, fft, forward_complex_doubles};
-constexpr LineTransform inverse_lines{ifft, ifft, ifft, inverse_complex_doubles};
+constexpr LineTransform forward_lines{fft, fft, fft};
+constexpr LineTransform inverse_lines{ifft, ifft, ifft};
 constexpr LineTransform fast_forward_lines{fft_Fast, fft_Fast, fft_Fast};
 constexpr LineTransform fast_inverse_lines{ifft_Fast, ifft_Fast, ifft_Fast};
 
@@ -139,7 +130,7 @@ void synthesize(const py::object& ref_re, const py::object& ref_im, const py::ob
   if (h_re.size() > lines.re.length) {
     value_error({function, "ref_re"}, "is longer than the lines");
   }
-  const py::gil_scoped_release unlocked;
+  const Unlocked unlocked;
   for (std::size_t k = 0; k < lines.re.starts.size(); ++k) {
     CFFTClass().SyntAlmaz(elements(h_re), elements(h_im), lines.re.line<float>(k),
                           lines.im.line<float>(k), static_cast<int>(h_re.size()), m);
@@ -223,7 +214,7 @@ class Tables {
     std::optional<std::string> refusal;
     std::shared_ptr<TableUse> use;
     {
-      const py::gil_scoped_release unlocked;
+      const Unlocked unlocked;
       refusal = table_users.enter(m_, status);
       if (!refusal) {
         use = std::make_shared<TableUse>(m_);
@@ -245,7 +236,7 @@ class Tables {
   void exit() {
     std::shared_ptr<TableUse> use = std::move(use_);
     use_.reset();
-    const py::gil_scoped_release unlocked;
+    const Unlocked unlocked;
     use.reset();
   }
 
@@ -262,7 +253,7 @@ class Tables {
       value_error({function, "re"}, "has lines of 2^" + std::to_string(work.exponent) +
                                         " samples, but the tables serve 2^" + std::to_string(m_));
     }
-    const py::gil_scoped_release unlocked;
+    const Unlocked unlocked;
     work.run(transform);
     use.reset();
   }
@@ -317,7 +308,7 @@ py::object forward_2d(const py::object& src, const py::object& out, bool centred
   py::array result = output_for(out, out_argument, type, 1 << rows, 1 << columns);
   Raster target = raster_to_write(result, out_argument, type, 1 << rows, 1 << columns);
   {
-    const py::gil_scoped_release unlocked;
+    const Unlocked unlocked;
     Meter<CMeterInfo> meter(reports);
     CFFTClass transform;
     if (centred) {
@@ -353,7 +344,7 @@ py::object inverse_2d(const py::object& src, const py::object& out, const py::ob
   Raster target = raster_to_write(result, out_argument, type, source.height, source.width);
   int status = 0;
   {
-    const py::gil_scoped_release unlocked;
+    const Unlocked unlocked;
     Meter<CMeterInfo> meter(reports);
     status = CFFTClass().IFFT_2D(source.rows.data(), target.rows.data(), source.width,
                                  source.height, source.type, &meter);
@@ -381,7 +372,7 @@ class Block {
     const py::array target = dst.is_none() ? source : block(dst, {function, "dst"});
     const Lines target_lines = lines_in_place(target, {function, dst.is_none() ? "src" : "dst"});
     float* const from = static_cast<float*>(const_cast<void*>(source.data()));
-    const py::gil_scoped_release unlocked;
+    const Unlocked unlocked;
     const std::lock_guard guard(mutex_);
     (transform_.*member)(from, target_lines.line<float>(0));
   }
@@ -447,7 +438,8 @@ CFFTClass.forward, .inverse            float32 pair,       does not divide
                                        float64 pair
 tables(m): .forward, .inverse          float32 pair,       divides by N
                                        float64 pair,
-                                       complex64
+                                       complex64,
+                                       complex128
 forward_2d, inverse_2d                 any pixel type      does not divide: forward_2d
                                                            divides by the number of pixels
 =====================================  ==================  ==========================
@@ -481,9 +473,9 @@ im : ndarray, optional
 
 Notes
 -----
-No routine of the library takes lines of complex128. They are transformed as a raster of one row
-(CFFTClass::FFT_2D), which divides by N, and multiplied by N: this gives the values of the float64
-pair where no quotient falls below 2.2e-308.
+No routine of the library takes lines of complex128: each is parted into a pair of float64, of one
+line's length, and put together again. MemoryError where there is no room for that pair; nothing has
+been changed then.
 
 Examples
 --------
@@ -511,7 +503,7 @@ take that of tables().
 Parameters
 ----------
 re, im : ndarray
-    As in forward(). Complex128 goes through CFFTClass::IFFT_2D and gives the values of the pair.
+    As in forward().
 )");
   module.def("bit_reverse", bit_reverse, py::arg("x"), py::arg("bits"),
              R"(bit_reverse(x, bits)
@@ -597,8 +589,8 @@ Forward transform of lines by the tables, in place, not scaled (C++: fft_Fast).
 Parameters
 ----------
 re, im : ndarray
-    As in sarnum.fft.forward(), with lines of 2^m samples: float32 or float64 pairs, or complex64.
-    Float64 pairs get the values of sarnum.fft.forward(), element for element.
+    As in sarnum.fft.forward(), with lines of 2^m samples. Float64 pairs and complex128 lines get
+    the values of sarnum.fft.forward(), element for element.
 )")
       .def(
           "inverse",
@@ -610,7 +602,7 @@ re, im : ndarray
 
 Inverse transform of lines by the tables, in place, divided by N (C++: ifft_Fast).
 
-Float64 pairs keep double precision throughout, unlike sarnum.fft.inverse().
+Float64 pairs and complex128 lines keep double precision throughout, unlike sarnum.fft.inverse().
 
 Parameters
 ----------
@@ -783,7 +775,8 @@ exponent, size : int
 
 Notes
 -----
-One object serves one call at a time; other threads wait. AllocateDataMemory and FreeDataMemory do
+One object serves one call at a time; other threads wait. Where there is no storage to work with, the
+block stays as it is. AllocateDataMemory and FreeDataMemory do
 nothing and are left out, as are copies, which would share storage.
 )")
       .def(py::init<int>(), py::arg("exponent"))

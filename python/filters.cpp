@@ -1,6 +1,7 @@
 // sarnum.filters: spectral filters and circular shifts of one line, in place; noise.
 #include <complex>
 #include <cstdlib>
+#include <limits>
 #include <string>
 
 #include "arrays.h"
@@ -36,15 +37,16 @@ LinePairs to_filter(const char* function, const py::object& re, const py::object
 
 void keep_peak_band(const py::object& re, const py::object& im) {
   const LinePairs lines = to_filter("keep_peak_band", re, im);
-  const py::gil_scoped_release unlocked;
+  const Unlocked unlocked;
   FilterHighSp(lines.re.line<double>(0), lines.im.line<double>(0), lines.re.length);
 }
 
 py::object remove_peak_band(const py::object& re, const py::object& im) {
   const LinePairs lines = to_filter("remove_peak_band", re, im);
-  double mean_re = 0.0, mean_im = 0.0, sigma_re = 0.0, sigma_im = 0.0;
+  constexpr double none = std::numeric_limits<double>::quiet_NaN();  // stays without storage
+  double mean_re = none, mean_im = none, sigma_re = none, sigma_im = none;
   {
-    const py::gil_scoped_release unlocked;
+    const Unlocked unlocked;
     FilterLowSp(lines.re.line<double>(0), lines.im.line<double>(0), lines.re.length, &mean_re,
                 &mean_im, &sigma_re, &sigma_im);
   }
@@ -68,7 +70,7 @@ void shift(const py::object& re, const py::object& im, int by) {
     }
     const Lines lines = lines_in_place(array, {"shift", "re"});
     require_shift(by, lines.length);
-    const py::gil_scoped_release unlocked;
+    const Unlocked unlocked;
     for (std::size_t k = 0; k < lines.starts.size(); ++k) {
       ShiftData(lines.line<COMPLEX_FLOAT32>(k), lines.length, by);
     }
@@ -76,7 +78,7 @@ void shift(const py::object& re, const py::object& im, int by) {
   }
   const LinePairs lines = double_pairs("shift", re, im);
   require_shift(by, lines.re.length);
-  const py::gil_scoped_release unlocked;
+  const Unlocked unlocked;
   for (std::size_t k = 0; k < lines.re.starts.size(); ++k) {
     ShiftData(lines.re.line<double>(k), lines.im.line<double>(k), lines.re.length, by);
   }
@@ -91,7 +93,7 @@ py::object noise(double mean, double variance, const py::object& size) {
   double* const to = result.mutable_data();
   const py::ssize_t count = result.size();
   {
-    const py::gil_scoped_release unlocked;
+    const Unlocked unlocked;
     for (py::ssize_t k = 0; k < count; ++k) {
       to[k] = Noise_normal(mean, variance);
     }
@@ -119,7 +121,8 @@ no power of two, the result is stretched over the padding, not cut.
 Parameters
 ----------
 re, im : ndarray of float64
-    One line, two distinct arrays, contiguous; overwritten.
+    One line, two distinct arrays, contiguous; overwritten. They stay as they are where there is no
+    storage to work with (3 N doubles).
 )");
   module.def("remove_peak_band", remove_peak_band, py::arg("re"), py::arg("im"),
              R"(remove_peak_band(re, im)
@@ -137,7 +140,7 @@ re, im : ndarray of float64
 Returns
 -------
 mean_re, mean_im, sigma_re, sigma_im : float
-    Means and standard deviations of what remains, before it is resampled.
+    Means and standard deviations of what remains, before it is resampled; NaN without storage.
 )");
   module.def("shift", shift, py::arg("re"), py::arg("im") = py::none(), py::kw_only(),
              py::arg("by"), R"(shift(re, im=None, *, by)

@@ -123,7 +123,7 @@ py::object multilook(const py::object& image, int looks_across, int looks_down,
   }
   const Lines means = lines_in_place(result, {function, "out"});
   {
-    const py::gil_scoped_release unlocked;
+    const Unlocked unlocked;
     reports.begin(height);
     std::vector<double> sums(static_cast<std::size_t>(width));
     for (int r = 0; r < height; ++r) {
@@ -165,12 +165,13 @@ void multilook_file(const py::object& output_path, const py::object& input_path,
   Progress reports(function, progress);
   const std::string output = path_of(output_path, {function, "output_path"});
   const std::string input = path_of(input_path, {function, "input_path"});
-  const py::object is_file = py::module_::import("os.path").attr("exists");
-  const py::object same = py::module_::import("os.path").attr("samefile");
+  const py::module_ os = py::module_::import("os");
+  const py::object exists = os.attr("path").attr("exists");
   const py::bytes output_bytes(output);
   const py::bytes input_bytes(input);
-  if (output == input || (is_file(output_bytes).cast<bool>() && is_file(input_bytes).cast<bool>() &&
-                          same(output_bytes, input_bytes).cast<bool>())) {
+  if (output == input ||
+      (exists(output_bytes).cast<bool>() && exists(input_bytes).cast<bool>() &&
+       os.attr("path").attr("samefile")(output_bytes, input_bytes).cast<bool>())) {
     value_error({function, "output_path"}, "is the input, which creating it would replace");
   }
   std::vector<const char*> options;
@@ -178,10 +179,19 @@ void multilook_file(const py::object& output_path, const py::object& input_path,
   for (const std::string& option : creation_options) {
     options.push_back(option.c_str());
   }
+  // The host keeps one failure and one set of options for a thread.
+  thread_local bool is_at_work = false;
+  if (is_at_work) {
+    throw std::runtime_error(std::string(function) + "(): called by the progress of another one");
+  }
+  struct Work {
+    Work() { is_at_work = true; }
+    ~Work() { is_at_work = false; }
+  } const work;
   int status = 0;
   std::string failure;
   {
-    const py::gil_scoped_release unlocked;
+    const Unlocked unlocked;
     host::clear_raster_failure();
     if (!host::set_creation_options(options.data(), static_cast<int>(options.size()))) {
       failure = "no storage for the creation options";
@@ -194,7 +204,12 @@ void multilook_file(const py::object& output_path, const py::object& input_path,
     }
   }
   if (status == 0 || !failure.empty()) {
-    PyErr_SetString(PyExc_OSError, (std::string(function) + "(): " + failure).c_str());
+    if (failure.empty()) {
+      failure = "no storage for the rows";
+    }
+    // The file that it names may be no UTF-8.
+    const auto text = os.attr("fsdecode")(py::bytes(std::string(function) + "(): " + failure));
+    PyErr_SetObject(PyExc_OSError, text.ptr());
     throw py::error_already_set();
   }
   reports.end();
@@ -263,7 +278,7 @@ looks_across, looks_down : int
 creation_options : sequence of str
     GDAL's, as in ["COMPRESS=DEFLATE"].
 progress : callable or object, optional
-    As in sarnum.fft.forward_2d(); a step is an output row.
+    As in sarnum.fft.forward_2d(); a step is an output row. It must not call multilook_file() itself.
 
 Raises
 ------

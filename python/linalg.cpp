@@ -42,7 +42,10 @@ struct Matrix {
     }
     rows = static_cast<int>(array.shape(0));
     columns = static_cast<int>(array.shape(1));
-    elements.assign(array.data(), array.data() + array.size());
+    const double* const first = array.data();
+    const py::ssize_t size = array.size();
+    const Unlocked unlocked;
+    elements.assign(first, first + size);
   }
 
   static Matrix square(const py::object& value, Argument argument) {
@@ -59,8 +62,11 @@ py::array_t<double> doubles(const std::vector<long double>& elements,
                             const std::vector<py::ssize_t>& shape) {
   py::array_t<double> result(shape);
   double* to = result.mutable_data();
-  for (const long double element : elements) {
-    *to++ = static_cast<double>(element);
+  {
+    const Unlocked unlocked;
+    for (const long double element : elements) {
+      *to++ = static_cast<double>(element);
+    }
   }
   return result;
 }
@@ -82,7 +88,7 @@ void change_row(const py::object& a, int i, int j) {
     value_error({function, "i, j"}, "are " + std::to_string(i) + ", " + std::to_string(j) +
                                         ", outside the matrix (they count from 0)");
   }
-  const py::gil_scoped_release unlocked;
+  const Unlocked unlocked;
   ChangeRow_IJ(i + 1, j + 1, n, lines.line<long double>(0));
 }
 
@@ -94,7 +100,7 @@ py::object solve(const py::object& a, const py::object& b) {
   std::vector<long double> x(size, not_a_number);
   {
     const double* side = right.data();
-    const py::gil_scoped_release unlocked;
+    const Unlocked unlocked;
     std::vector<long double> system;
     system.reserve(size * (size + 1));
     for (auto row = matrix.elements.begin(); row != matrix.elements.end(); row += n) {
@@ -111,7 +117,7 @@ double log_abs_determinant(const py::object& a) {
   double result = 0.0;
   int status = 0;
   {
-    const py::gil_scoped_release unlocked;
+    const Unlocked unlocked;
     status = LnAbsDeterminant(&result, matrix.rows, matrix.elements.data());
   }
   if (status == 0) {
@@ -126,7 +132,7 @@ py::object inverse(const py::object& a, bool bordered) {
   const auto size = static_cast<std::size_t>(n);
   int status = 0;
   {
-    const py::gil_scoped_release unlocked;
+    const Unlocked unlocked;
     if (bordered) {  // a row and a column of the identity, which no exchange moves
       std::vector<long double> wide((size + 1) * (size + 1), 0.0L);
       for (std::size_t k = 0; k < size * size; ++k) {
@@ -158,7 +164,7 @@ py::object matrix_multiply(const py::object& a, const py::object& b) {
   std::vector<long double> product(
       static_cast<std::size_t>(left.rows) * static_cast<std::size_t>(right.columns), not_a_number);
   {
-    const py::gil_scoped_release unlocked;
+    const Unlocked unlocked;
     Matrix_Multiply(left.elements.data(), right.elements.data(), product.data(), left.rows,
                     left.columns, right.columns);
   }
@@ -172,7 +178,7 @@ py::object multiply_elements(const py::object& a, const py::object& b, const py:
   py::array_t<double> result = vector_to_write(out, {function, "out"}, first.size());
   double* const to = result.mutable_data();
   {
-    const py::gil_scoped_release unlocked;
+    const Unlocked unlocked;
     Vector_Multiply(elements(first), elements(second), to, static_cast<int>(first.size()));
   }
   return result;
@@ -207,7 +213,7 @@ py::object fit_polynomial(const py::object& x, const py::object& y, int terms) {
   }
   std::vector<double> c(static_cast<std::size_t>(terms), not_a_number);
   {
-    const py::gil_scoped_release unlocked;
+    const Unlocked unlocked;
     mnk(terms, static_cast<int>(at.size()), elements(values), elements(at), c.data());
   }
   return py::array_t<double>(terms, c.data());
@@ -224,7 +230,7 @@ py::object fit_surface(const py::object& u, const py::object& v, const py::objec
   const int terms = (degree + 1) * (degree + 2) / 2;
   std::vector<double> c(static_cast<std::size_t>(terms), not_a_number);
   {
-    const py::gil_scoped_release unlocked;
+    const Unlocked unlocked;
     mnk2(degree, static_cast<int>(first.size()), elements(values), elements(first),
          elements(second), c.data());
   }
@@ -259,7 +265,7 @@ std::unique_ptr<Surface> surface(int order, const py::object& x, const py::objec
   }
   std::unique_ptr<Surface> made;
   {
-    const py::gil_scoped_release unlocked;
+    const Unlocked unlocked;
     made = std::make_unique<Surface>(order, static_cast<int>(first.size()), elements(first),
                                      elements(second), elements(values));
   }
@@ -376,7 +382,7 @@ a, b : array_like
 Returns
 -------
 ndarray of float64
-    (m, n).
+    (m, n); NaN without storage.
 )");
   module.def("multiply_elements", multiply_elements, py::arg("a"), py::arg("b"),
              py::arg("out") = py::none(), R"(multiply_elements(a, b, out=None)

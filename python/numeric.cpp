@@ -146,7 +146,7 @@ void bind_statistic(py::module_& module, const char* name, Result (*of)(double*,
       name,
       [name, of](const py::object& a) {
         const auto input = exact_vector<double>(a, {name, "a"});
-        const py::gil_scoped_release unlocked;
+        const Unlocked unlocked;
         return of(elements(input), static_cast<int>(input.size()));
       },
       py::arg("a"), doc);
@@ -160,7 +160,7 @@ py::object resample(const py::object& a, int count) {
   py::array_t<double> result(count);
   double* const to = result.mutable_data();
   {
-    const py::gil_scoped_release unlocked;
+    const Unlocked unlocked;
     std::vector<double> padded(input.data(), input.data() + input.size());
     padded.push_back(padded.back());  // it is read, with a weight of about zero
     Scale(padded.data(), to, static_cast<int>(input.size()), count);
@@ -245,7 +245,7 @@ py::object vector_result(const py::array_t<double>& a, const py::object& out, co
   py::array_t<double> result = vector_to_write(out, {function, "out"}, a.size());
   double* const to = result.mutable_data();
   {
-    const py::gil_scoped_release unlocked;
+    const Unlocked unlocked;
     work(to, static_cast<int>(a.size()));
   }
   return result;
@@ -272,7 +272,7 @@ void bind_product_of_vectors(py::module_& module, const char* name,
       [=](const py::object& a, const py::object& b) {
         const auto first = exact_vector<double>(a, {name, "a"});
         const auto second = exact_vector<double>(b, {name, "b"}, first.size());
-        const py::gil_scoped_release unlocked;
+        const Unlocked unlocked;
         return work(elements(first), elements(second), static_cast<int>(first.size()));
       },
       py::arg("a"), py::arg("b"), doc);
@@ -434,10 +434,13 @@ struct Parts {
   std::vector<double> re;
   std::vector<double> im;
 
-  explicit Parts(const py::array_t<std::complex<double>>& z) {
-    for (py::ssize_t k = 0; k < z.size(); ++k) {
-      re.push_back(z.data()[k].real());
-      im.push_back(z.data()[k].imag());
+  explicit Parts(const py::array_t<std::complex<double>>& z)
+      : re(static_cast<std::size_t>(z.size())), im(re.size()) {
+    const std::complex<double>* const from = z.data();
+    const Unlocked unlocked;
+    for (std::size_t k = 0; k < re.size(); ++k) {
+      re[k] = from[k].real();
+      im[k] = from[k].imag();
     }
   }
 };
@@ -453,7 +456,7 @@ py::object at_lags(py::ssize_t n1, py::ssize_t n2, std::optional<std::int64_t> l
     }
     double result = 0.0;
     {
-      const py::gil_scoped_release unlocked;
+      const Unlocked unlocked;
       result = at(static_cast<int>(s));
     }
     return py::float_(result);
@@ -461,7 +464,7 @@ py::object at_lags(py::ssize_t n1, py::ssize_t n2, std::optional<std::int64_t> l
   py::array_t<double> result(n1 + n2 - 1);
   double* const to = result.mutable_data();
   {
-    const py::gil_scoped_release unlocked;
+    const Unlocked unlocked;
     for (py::ssize_t k = 0; k < n1 + n2 - 1; ++k) {
       to[k] = at(static_cast<int>(k + 1 - n2));
     }
@@ -525,7 +528,7 @@ struct Pixels {
   template <typename Convert>
   void run(py::ssize_t count, Convert convert) const {
     auto* const first = static_cast<char*>(const_cast<void*>(array.data()));
-    const py::gil_scoped_release unlocked;
+    const Unlocked unlocked;
     constexpr py::ssize_t portion = 1 << 30;
     for (py::ssize_t k = 0; k < count; k += portion) {
       convert(first + static_cast<std::size_t>(k) * bytes, k,

@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <exception>
 
+#include "lock.h"
 #include "sarnum/host/meter.h"
 
 namespace sarnum::python {
@@ -70,7 +71,7 @@ class Progress {
   template <typename Report>
   void guarded(Report report) {
     if (!exception_) {
-      const py::gil_scoped_acquire lock;
+      const Locked lock;
       try {
         report();
       } catch (const py::error_already_set&) {

@@ -5,14 +5,14 @@ from typing import Any
 import numpy as np
 from numpy.typing import NDArray
 
-from .fft import Progress
+from .fft import _Progress
 
 def multilook(
     image: NDArray[Any], looks_across: int, looks_down: int, out: NDArray[np.float32] | None = None, *,
-    progress: Progress = None,
+    progress: _Progress = None,
 ) -> NDArray[np.float32]: ...
 def multilook_file(
     output_path: str | bytes | PathLike[str], input_path: str | bytes | PathLike[str],
     looks_across: int, looks_down: int, *,
-    creation_options: Sequence[str] = (), progress: Progress = None,
+    creation_options: Sequence[str] = (), progress: _Progress = None,
 ) -> None: ...

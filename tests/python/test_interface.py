@@ -49,7 +49,7 @@ def test_every_exported_name_stands_in_a_docstring():
 
 def names(body):
     return {node.name: names(node.body) if isinstance(node, ast.ClassDef) else {}
-            for node in body if isinstance(node, (ast.ClassDef, ast.FunctionDef)) and node.name != "Bar"}
+            for node in body if isinstance(node, (ast.ClassDef, ast.FunctionDef)) and node.name != "_Bar"}
 
 
 def public(thing):
@@ -123,7 +123,20 @@ def test_threads_share_tables_and_never_get_wrong_numbers():
         thread.start()
     for thread in threads:
         thread.join()
-    assert not wrong and len(right) > 30 and len(right) + len(refused) == 120
+    assert right and not wrong and len(right) + len(refused) == 120
+
+
+def test_daemon_threads_do_not_keep_python_from_ending():
+    program = """if True:
+        import threading, numpy, sarnum
+        started = threading.Event()
+        def work():
+            while True:
+                sarnum.fft.forward_2d(numpy.zeros((256, 256), "f"), progress=lambda *_: started.set())
+        for _ in range(3):
+            threading.Thread(target=work, daemon=True).start()
+        started.wait()"""
+    assert subprocess.run([sys.executable, "-c", program], timeout=60).returncode == 0
 
 
 LONG_CALLS = {

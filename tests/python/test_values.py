@@ -48,8 +48,8 @@ def test_lines_are_those_of_numpy(parts):
             (pair(fft.forward, re, im, "f4"), forward, single), (whole(fft.forward, re, im, "c8"), forward, single),
             (pair(fft.inverse, re, im, "f8"), n * inverse, single), (whole(fft.inverse, re, im, "c16"), n * inverse, single),
             (pair(fft.inverse, re, im, "f4"), inverse, single), (whole(fft.inverse, re, im, "c8"), inverse, single),
-            (pair(t.forward, re, im, "f8"), forward, double), (whole(t.forward, re, im, "c8"), forward, single),
-            (pair(t.inverse, re, im, "f8"), inverse, double), (whole(t.inverse, re, im, "c8"), inverse, single),
+            (pair(t.forward, re, im, "f8"), forward, double), (whole(t.forward, re, im, "c16"), forward, double), (whole(t.forward, re, im, "c8"), forward, single),
+            (pair(t.inverse, re, im, "f8"), inverse, double), (whole(t.inverse, re, im, "c16"), inverse, double), (whole(t.inverse, re, im, "c8"), inverse, single),
             (pair(member.forward, re, im, "f4"), forward, single), (pair(member.inverse, re, im, "f8"), n * inverse, single),
             (pair(member.forward_centred, re, im, "f8"), centred, double),
         ]:
@@ -178,7 +178,7 @@ def test_filters_and_noise():
     assert np.allclose(filters.remove_peak_band(re, im)[2], 64 * np.sqrt(0.5), rtol=1e-5)
     assert np.allclose(re, 64 * np.cos(2 * np.pi * np.arange(64) * 5 / 64), atol=1e-3)
     filters.keep_peak_band(re, im)
-    assert np.isfinite(re).all()
+    assert abs(re).max() < 1e-9  # a tone is no band
     z = np.arange(12).reshape(2, 6).astype("c8")
     filters.shift(z, by=-2)
     assert np.array_equal(z.real, np.roll(np.arange(12).reshape(2, 6), -2, axis=1))
