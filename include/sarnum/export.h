@@ -29,4 +29,9 @@
 #define SARNUM_HOST_API __declspec(dllimport)
 #endif
 
+#if defined(_WIN32)
+static_assert(sizeof(long double) == 8,
+              "long double is the 64-bit double on this platform: compile with -mlong-double-64");
+#endif
+
 #endif

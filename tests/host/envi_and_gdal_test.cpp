@@ -1,35 +1,23 @@
 // Flat samples where there is GDAL and a limit on files: they are what GDAL takes them for, and
 // gone when they could not be stored.
-#include <cpl_string.h>
-#include <gdal_priv.h>
 #include <sys/resource.h>
 
 #include <csignal>
 
+#include "failing_allocations.h"
 #include "raster_files.h"
 
 namespace {
 
 TEST_F(LayerTest, ReadsWhatGdalWritesAndTheOtherWayRound) {
-  GDALAllRegister();
-  GDALDriver& driver = *GetGDALDriverManager()->GetDriverByName("ENVI");
   for (const GDALDataType type : {GDT_Byte, GDT_UInt16, GDT_Int16, GDT_UInt32, GDT_Int32,
                                   GDT_Float32, GDT_Float64, GDT_CFloat32, GDT_CFloat64}) {
-    for (const char* const interleave : {"INTERLEAVE=BSQ", "INTERLEAVE=BIL", "INTERLEAVE=BIP"}) {
-      CPLStringList options;
-      options.AddString(interleave);
-      GDALDatasetUniquePtr dataset(driver.Create(path_.c_str(), 5, 4, 3, type, options.List()));
-      for (int i = 0; i < 12; ++i) {
-        EXPECT_EQ(
-            dataset->GetRasterBand(i / 4 + 1)->RasterIO(
-                GF_Write, 0, i % 4, 5, 1, noise(5, i).data(), 5, 1, GDT_Float32, 0, 0, nullptr),
-            CE_None);
-      }
-      dataset.reset();
+    for (const char* const layout : layouts) {
+      make_raster(path_, 5, 4, layout, type);
       const bool is_real = GDALDataTypeIsComplex(type) == 0;
       EXPECT_EQ(open(layer_, path_) != 0, is_real) << type << failure();
       for (int i = 0; i < 4 && is_real; ++i, layer_.ShiftBlock(1, 1)) {
-        EXPECT_EQ(row(i), noise(5, i)) << type << ' ' << interleave;
+        EXPECT_EQ(row(i), noise(5, i)) << type << ' ' << layout;
       }
     }
   }
@@ -58,6 +46,17 @@ TEST_F(LayerTest, AFileThatMissesSomethingIsRemovedWithItsHeader) {
     setrlimit(RLIMIT_FSIZE, &unlimited);
     EXPECT_EQ(failure(), "cannot write " + path_ + ": File too large");
     EXPECT_TRUE(folder_.names().empty());
+  }
+}
+
+TEST_F(LayerTest, NothingIsTouchedBeforeAllStorageIsHad) {
+  int created = 0;
+  for (int nth = 1; created == 0; ++nth) {
+    {
+      const FailingAllocations failing(nth, FailingAllocations::Failing::persistently);
+      created = layer_.Create(path_.c_str(), 5, 4, 7, 273, 7, nullptr, 0);
+    }
+    EXPECT_EQ(folder_.names().size(), created != 0 ? 2u : 0u) << nth;
   }
 }
 

@@ -41,6 +41,7 @@ TEST_F(EnviTest, HeadersAreUnderstoodOrRefusedBeforeAnythingIsMade) {
            {"interleave", {"xyz", "{}"}},
            {"byte order", {"2"}},
            {"file compression", {"1"}},
+           {"file type", {"TIFF"}},
            {"major frame offsets", {"{0, 8}"}}}) {
     for (const std::string& value : values) {
       EXPECT_EQ(open_with(word, value), 0) << word << " = " << value;
@@ -51,6 +52,7 @@ TEST_F(EnviTest, HeadersAreUnderstoodOrRefusedBeforeAnythingIsMade) {
                                     {"interleave", "BIP"},
                                     {"bands", "1"},
                                     {"data type", "2"},
+                                    {"File Type", "ENVI Standard"},
                                     {"minor frame offsets", "{0, 0}"}}) {
     EXPECT_NE(open_with(word, value), 0) << failure();
     EXPECT_EQ(layer_.Width() * 10 + layer_.Height(), 43);

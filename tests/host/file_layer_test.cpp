@@ -4,7 +4,6 @@
 
 #include <array>
 #include <climits>
-#include <fstream>
 #include <thread>
 
 #include "raster_files.h"

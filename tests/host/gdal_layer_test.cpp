@@ -1,8 +1,5 @@
 // What layers make of GDAL: its formats and types, the files that it creates, and files that are
 // short.
-#include <climits>
-#include <fstream>
-
 #include "raster_files.h"
 
 namespace {

@@ -1,5 +1,5 @@
-// Layers used as the library uses them, on files made without them: by GDAL where the host has it,
-// byte by byte where it stores flat samples.
+// Layers used as the library uses them, on files made without them: by the driver of GDAL that
+// SARNUM_TESTS_GDAL names, byte by byte where there is no GDAL.
 #pragma once
 
 #if defined(SARNUM_TESTS_GDAL)
@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <fstream>
 #include <random>
 #include <string>
@@ -30,11 +31,14 @@ inline std::vector<float> noise(int width, int row) {
 
 // Three bands of noise, the rows of each going on where those of the last one ended.
 #if defined(SARNUM_TESTS_GDAL)
-constexpr const char* layouts[] = {"", "BLOCKYSIZE=5", "TILED=YES BLOCKXSIZE=16 BLOCKYSIZE=16"};
+constexpr std::array<const char*, 3> layouts =
+    std::string_view(SARNUM_TESTS_GDAL) == "ENVI"
+        ? std::array{"INTERLEAVE=BSQ", "INTERLEAVE=BIL", "INTERLEAVE=BIP"}
+        : std::array{"", "BLOCKYSIZE=5", "TILED=YES BLOCKXSIZE=16 BLOCKYSIZE=16"};
 
 inline GDALDatasetUniquePtr make_raster(const std::string& path, int width, int height,
                                         const char* options = "", GDALDataType type = GDT_Float32,
-                                        const char* driver = "GTiff") {
+                                        const char* driver = SARNUM_TESTS_GDAL) {
   GDALAllRegister();
   const CPLStringList list(CSLTokenizeString(options));
   GDALDatasetUniquePtr dataset(GetGDALDriverManager()->GetDriverByName(driver)->Create(
@@ -54,19 +58,16 @@ inline void make_raster(const std::string& path, int width, int height,
                         std::string_view interleave = "bsq") {
   std::ofstream(path + ".hdr") << "ENVI\nsamples = " << width << "\nlines = " << height
                                << "\nbands = 3\ndata type = 4\ninterleave = " << interleave << '\n';
-  std::vector<std::vector<float>> rows;
+  std::vector<float> samples(static_cast<std::size_t>(3 * height * width));
   for (int i = 0; i < 3 * height; ++i) {
-    rows.push_back(noise(width, i));
-  }
-  std::vector<float> samples;
-  for (int i = 0; i < 3 * height * width; ++i) {
-    const int band = interleave == "bsq"   ? i / width / height
-                     : interleave == "bil" ? i / width % 3
-                                           : i % 3;
-    const int x = interleave == "bip" ? i / 3 % width : i % width;
-    const int y = interleave == "bsq" ? i / width % height : i / width / 3;
-    samples.push_back(
-        rows[static_cast<std::size_t>(band * height + y)][static_cast<std::size_t>(x)]);
+    const int band = i / height, y = i % height;
+    int at = interleave == "bsq"   ? i * width
+             : interleave == "bil" ? (3 * y + band) * width
+                                   : 3 * y * width + band;
+    for (const float sample : noise(width, i)) {
+      samples[static_cast<std::size_t>(at)] = sample;
+      at += interleave == "bip" ? 3 : 1;
+    }
   }
   std::ofstream(path, std::ios::binary)
       .write(reinterpret_cast<const char*>(samples.data()),

@@ -1,6 +1,8 @@
 // A library that a program loads by itself, with nothing of it linked.
 #pragma once
 
+#include <memory>
+
 #if defined(_WIN32)
 #define WIN32_LEAN_AND_MEAN
 #include <windows.h>
@@ -11,42 +13,29 @@
 class LoadedLibrary {
  public:
 #if defined(_WIN32)
-  explicit LoadedLibrary(const char* path) : handle_(LoadLibraryA(path)) {}
-  ~LoadedLibrary() {
-    FreeLibrary(static_cast<HMODULE>(handle_));
-  }
+  explicit LoadedLibrary(const char* path)
+      : handle_(LoadLibraryA(path),
+                [](void* handle) { FreeLibrary(static_cast<HMODULE>(handle)); }) {}
   static bool is_loaded(const char* path) {
     return GetModuleHandleA(path) != nullptr;
   }
-#else
-  explicit LoadedLibrary(const char* path) : handle_(dlopen(path, RTLD_NOW | RTLD_LOCAL)) {}
-  ~LoadedLibrary() {
-    if (handle_ != nullptr) {
-      dlclose(handle_);
-    }
+  /// By its name as exported, which is that of the compiler; null if there is none.
+  template <class Function>
+  Function* function(const char* name) const {
+    const auto address = GetProcAddress(static_cast<HMODULE>(handle_.get()), name);
+    return reinterpret_cast<Function*>(reinterpret_cast<void*>(address));
   }
+#else
+  explicit LoadedLibrary(const char* path, int mode = RTLD_NOW | RTLD_LOCAL)
+      : handle_(dlopen(path, mode), [](void* handle) { dlclose(handle); }) {}
   static bool is_loaded(const char* path) {
-    void* const handle = dlopen(path, RTLD_NOW | RTLD_NOLOAD);
-    return handle != nullptr && dlclose(handle) == 0;
+    return static_cast<bool>(LoadedLibrary(path, RTLD_NOW | RTLD_NOLOAD));
   }
 #endif
-  LoadedLibrary(const LoadedLibrary&) = delete;
-  LoadedLibrary& operator=(const LoadedLibrary&) = delete;
-
   explicit operator bool() const {
     return handle_ != nullptr;
   }
 
-#if defined(_WIN32)
-  /// By its name as exported, which is that of the compiler; null if there is none.
-  template <class Function>
-  Function* function(const char* name) const {
-    void* const address =
-        reinterpret_cast<void*>(GetProcAddress(static_cast<HMODULE>(handle_), name));
-    return reinterpret_cast<Function*>(address);
-  }
-#endif
-
  private:
-  void* handle_;
+  std::unique_ptr<void, void (*)(void*)> handle_;
 };

@@ -22,11 +22,6 @@
 
 #include "sarnum/export.h"
 
-#if defined(_WIN32)
-static_assert(sizeof(long double) == 8,
-              "long double is the 64-bit double on this platform: compile with -mlong-double-64");
-#endif
-
 /// Brings a pivot into row i by successive exchange.
 ///
 /// Each row k = i + 1 … n in turn is exchanged with row i, over columns i … n + 1, when its element

@@ -9,11 +9,6 @@
 /// out[i] = a[i]·b[i] for i = 0 … n − 1; nothing for n ≤ 0. out may be a or b.
 SARNUM_API void Vector_Multiply(double* a, double* b, double* out, int n);
 
-#if defined(_WIN32)
-static_assert(sizeof(long double) == 8,
-              "long double is the 64-bit double on this platform: compile with -mlong-double-64");
-#endif
-
 /// Matrix product C = A·B, row-major without padding.
 ///
 /// Elements are rounded to double first, and each sum runs over l = 1 … k in this order, from 0.0,

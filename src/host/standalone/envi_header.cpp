@@ -150,6 +150,10 @@ std::string parse_envi_header(const std::string& text, EnviHeader& header) {
   if (header.type->is_complex) {
     return "its pixels are complex; make a real raster of it first";
   }
+  // Such headers lie beside files of other formats too, whose samples are not flat.
+  if (entries.contains("file type") && !entries["file type"].starts_with("envi")) {
+    return "it says file type = " + entries["file type"];
+  }
   for (const char* const name : {"major frame offsets", "minor frame offsets"}) {
     if (entries[name].find_first_of("123456789") != std::string::npos) {
       return std::string("it has ") + name + ", which are not known here";

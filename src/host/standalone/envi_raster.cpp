@@ -25,8 +25,12 @@ namespace sarnum::host {
 
 namespace {
 
-std::string system_reason() {
-  return std::generic_category().message(errno != 0 ? errno : EIO);
+std::string system_reason() noexcept {
+  try {
+    return std::generic_category().message(errno != 0 ? errno : EIO);
+  } catch (const std::exception&) {
+    return "out of memory";
+  }
 }
 
 /// A file of any size, or none.
@@ -146,7 +150,7 @@ class EnviRaster final : public RasterFile {
   int height() const override { return height_; }
   bool read(int row, int count, float* to, std::string& reason) override;
   bool write(const float* from, int column, int row, int count, std::string& reason) override;
-  bool close(std::string& reason) override;
+  bool close(std::string& reason) noexcept override;
 
   /// Makes both files, or none.
   bool create(std::string& reason);
@@ -193,37 +197,44 @@ bool EnviRaster::write(const float* from, int column, int row, int count, std::s
 }
 
 bool EnviRaster::create(std::string& reason) {
-  // With the file that is replaced goes its header under another name: it describes another image.
+  // All storage is had before a file is touched.
+  const std::string text = envi_header_text(width_, height_);
+  const std::string name = header_names(created_).front();
+  raster_.header_name = name;
   OpenedRaster replaced;
-  if (open_with_header(created_, replaced).empty() && replaced.header.fills(replaced.bytes)) {
-    std::remove(replaced.header_name.c_str());
-  }
-  replaced = {};
+  const bool has_header =
+      open_with_header(created_, replaced).empty() && replaced.header.fills(replaced.bytes);
+  replaced.file.close();
   raster_.file = File(created_, "wb");
   if (!raster_.file.is_open()) {
     reason = system_reason();
     return false;
   }
-  const std::string name = header_names(created_).front();
-  const std::string text = envi_header_text(width_, height_);
-  File header(name, "wb");
-  raster_.header_name = header.is_open() ? name : "";
-  if (!header.is_open() || !header.write(0, text.data(), text.size()) || !header.close()) {
-    reason = "its header '" + name + "': " + system_reason();
-    is_broken_ = true;
-    std::string of_closing;
-    return close(of_closing);
+  // With the file that is replaced goes its header under another name: it describes another image.
+  if (has_header) {
+    std::remove(replaced.header_name.c_str());
   }
-  return true;
+  if (File header(name, "wb"); !header.is_open()) {
+    reason = system_reason();
+    raster_.header_name.clear();
+    is_broken_ = true;
+  } else if (!header.write(0, text.data(), text.size()) || !header.close()) {
+    reason = system_reason();
+    is_broken_ = true;
+  }
+  if (is_broken_) {
+    std::string of_closing;
+    close(of_closing);
+    reason = "its header '" + name + "': " + reason;
+  }
+  return !is_broken_;
 }
 
-bool EnviRaster::close(std::string& reason) {
-  if (created_.empty()) {
-    return raster_.file.close();
-  }
+bool EnviRaster::close(std::string& reason) noexcept {
+  const bool is_created = !created_.empty();
   const std::uint64_t bytes = position_of(height_, 0, width_);
   bool finished = !is_broken_;
-  if (finished && raster_.file.size() < bytes) {
+  if (finished && is_created && raster_.file.size() < bytes) {
     finished = raster_.file.write(bytes - 1, "", 1);  // samples that were not written are zero
   }
   if (!finished) {
@@ -233,7 +244,7 @@ bool EnviRaster::close(std::string& reason) {
     reason = system_reason();
     finished = false;
   }
-  if (!finished) {
+  if (!finished && is_created) {
     std::remove(created_.c_str());
     std::remove(raster_.header_name.c_str());
   }

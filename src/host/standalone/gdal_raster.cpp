@@ -112,7 +112,8 @@ std::string obstacle(GDALDataset& dataset) {
 
 class GdalRaster final : public RasterFile {
  public:
-  GdalRaster(const char* path, bool writable, DatasetHandle dataset);
+  GdalRaster(const char* path, bool writable) : path_(path), writable_(writable) {}
+  void adopt(DatasetHandle dataset);
 
   int width() const override { return dataset_->GetRasterXSize(); }
   int height() const override { return dataset_->GetRasterYSize(); }
@@ -120,7 +121,7 @@ class GdalRaster final : public RasterFile {
   bool read(int row, int count, float* to, std::string& reason) override;
   void pass(int row) override;
   bool write(const float* from, int column, int row, int count, std::string& reason) override;
-  bool close(std::string& reason) override;
+  bool close(std::string& reason) noexcept override;
 
  private:
   void release_blocks(std::int64_t begin_row, std::int64_t end_row);
@@ -132,7 +133,7 @@ class GdalRaster final : public RasterFile {
   DatasetHandle dataset_;
   int block_height_ = 1;
   /// A raster of other files, which are read past its own blocks.
-  bool is_composed_;
+  bool is_composed_ = false;
   GIntBig bytes_since_trim_ = 0;
 
   /// Reading: blocks above this row have left GDAL's cache.
@@ -143,14 +144,11 @@ class GdalRaster final : public RasterFile {
   bool is_broken_ = false;
 };
 
-GdalRaster::GdalRaster(const char* path, bool writable, DatasetHandle dataset)
-    : path_(path),
-      writable_(writable),
-      dataset_(std::move(dataset)),
-      is_composed_(EQUAL(dataset_->GetDriverName(), "VRT")) {
-  forbid_sidecar(*dataset_);
+void GdalRaster::adopt(DatasetHandle dataset) {
+  dataset_ = std::move(dataset);
   int block_width = 0;
   dataset_->GetRasterBand(1)->GetBlockSize(&block_width, &block_height_);
+  is_composed_ = EQUAL(dataset_->GetDriverName(), "VRT");
   block_height_ = is_composed_ ? 1 : std::max(block_height_, 1);
 }
 
@@ -260,11 +258,14 @@ bool GdalRaster::finish(std::string& reason) {
   GDALClose(handle);
   const bool closed = !scope.failed();
 #endif
-  reason = scope.reason();
-  return closed && !is_broken_;
+  const bool finished = closed && !is_broken_;
+  if (!finished) {
+    reason = scope.reason();
+  }
+  return finished;
 }
 
-bool GdalRaster::close(std::string& reason) {
+bool GdalRaster::close(std::string& reason) noexcept {
   bool finished = false;
   try {
     finished = finish(reason);
@@ -301,7 +302,12 @@ std::unique_ptr<RasterFile> open_raster_file(const char* path, std::string& reas
   if (reason.empty() && scope.failed()) {
     reason = scope.reason();
   }
-  return reason.empty() ? std::make_unique<GdalRaster>(path, false, std::move(dataset)) : nullptr;
+  if (!reason.empty()) {
+    return nullptr;
+  }
+  auto raster = std::make_unique<GdalRaster>(path, false);
+  raster->adopt(std::move(dataset));
+  return raster;
 }
 
 std::unique_ptr<RasterFile> create_raster_file(const char* path, int width, int height,
@@ -332,6 +338,8 @@ std::unique_ptr<RasterFile> create_raster_file(const char* path, int width, int 
       return nullptr;
     }
   }
+  // All storage is had before the file is touched.
+  auto raster = std::make_unique<GdalRaster>(path, true);
   const GdalScope scope;
   // With the file that is replaced go its sidecars, which describe another image.
   GDALDriver::QuietDelete(path);
@@ -345,7 +353,9 @@ std::unique_ptr<RasterFile> create_raster_file(const char* path, int width, int 
     }
     return nullptr;
   }
-  return std::make_unique<GdalRaster>(path, true, std::move(dataset));
+  forbid_sidecar(*dataset);
+  raster->adopt(std::move(dataset));
+  return raster;
 }
 
 }  // namespace sarnum::host

@@ -32,7 +32,7 @@ class RasterFile {
 
   /// Completes the file and closes it; nothing is called after that. A created file that misses
   /// something that was written to it is removed.
-  virtual bool close(std::string& reason) = 0;
+  virtual bool close(std::string& reason) noexcept = 0;
 };
 
 /// Null, with the reason, when the file cannot be delivered as rows of floats, or be created.
