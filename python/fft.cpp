@@ -102,6 +102,13 @@ void transform_lines(const char* function, const LineTransform& transform, const
   work.run(transform);
 }
 
+/// The transform as Python calls it, by the name that messages say.
+auto function_of(const char* function, const LineTransform& transform) {
+  return [function, &transform](const py::object& re, const py::object& im) {
+    transform_lines(function, transform, re, im);
+  };
+}
+
 constexpr LineTransform forward_lines{fft, fft, fft};
 constexpr LineTransform inverse_lines{ifft, ifft, ifft};
 constexpr LineTransform fast_forward_lines{fft_Fast, fft_Fast, fft_Fast};
@@ -450,13 +457,9 @@ Python's lock is released while a transform runs; calls on different arrays may 
 of threads.
 )";
 
-  module.def(
-      "forward",
-      [](const py::object& re, const py::object& im) {
-        transform_lines("forward", forward_lines, re, im);
-      },
-      py::arg("re"), py::arg("im") = py::none(),
-      R"(forward(re, im=None)
+  module.def("forward", function_of("forward", forward_lines), py::arg("re"),
+             py::arg("im") = py::none(),
+             R"(forward(re, im=None)
 
 Forward transform of lines, in place, not scaled (C++: fft).
 
@@ -485,13 +488,9 @@ Examples
 >>> z.real
 array([4., 0., 0., 0.], dtype=float32)
 )");
-  module.def(
-      "inverse",
-      [](const py::object& re, const py::object& im) {
-        transform_lines("inverse", inverse_lines, re, im);
-      },
-      py::arg("re"), py::arg("im") = py::none(),
-      R"(inverse(re, im=None)
+  module.def("inverse", function_of("inverse", inverse_lines), py::arg("re"),
+             py::arg("im") = py::none(),
+             R"(inverse(re, im=None)
 
 Inverse transform of lines, in place (C++: ifft).
 
@@ -616,13 +615,9 @@ Transforms as members of an object that holds no data (C++: CFFTClass). All are 
 by the class or by an object.
 )");
   object.def(py::init<>())
-      .def_static(
-          "forward",
-          [](const py::object& re, const py::object& im) {
-            transform_lines("forward", member_forward_lines, re, im);
-          },
-          py::arg("re"), py::arg("im"),
-          R"(forward(re, im)
+      .def_static("forward", function_of("forward", member_forward_lines), py::arg("re"),
+                  py::arg("im"),
+                  R"(forward(re, im)
 
 Forward transform of lines, in place, not scaled (C++: CFFTClass::fft). Float32 pairs are computed
 in double precision, each stored butterfly result being rounded to float.
@@ -632,13 +627,9 @@ Parameters
 re, im : ndarray
     A pair of float32 or float64, as in sarnum.fft.forward().
 )")
-      .def_static(
-          "inverse",
-          [](const py::object& re, const py::object& im) {
-            transform_lines("inverse", member_inverse_lines, re, im);
-          },
-          py::arg("re"), py::arg("im"),
-          R"(inverse(re, im)
+      .def_static("inverse", function_of("inverse", member_inverse_lines), py::arg("re"),
+                  py::arg("im"),
+                  R"(inverse(re, im)
 
 Inverse transform of lines, in place, **not scaled**: N times the true inverse (C++:
 CFFTClass::ifft). Every butterfly result is rounded to single precision, of float64 pairs too.
@@ -648,13 +639,9 @@ Parameters
 re, im : ndarray
     A pair of float32 or float64, as in sarnum.fft.forward().
 )")
-      .def_static(
-          "forward_centred",
-          [](const py::object& re, const py::object& im) {
-            transform_lines("forward_centred", centred_lines, re, im);
-          },
-          py::arg("re"), py::arg("im"),
-          R"(forward_centred(re, im)
+      .def_static("forward_centred", function_of("forward_centred", centred_lines), py::arg("re"),
+                  py::arg("im"),
+                  R"(forward_centred(re, im)
 
 Forward transform of lines with frequency zero in the middle, in place, not scaled (C++:
 CFFTClass::fft_new with centre = 1).
