@@ -18,17 +18,17 @@ if grep -rIlF -e "$build_dir" -e "/first prefix" "$prefix"; then
 fi
 
 echo "== find_package"
-cmake -S "$here/stranger" -B "$work/stranger" -G "$generator" -DCMAKE_CXX_COMPILER="$compiler" \
+cmake -S "$here/downstream" -B "$work/downstream" -G "$generator" -DCMAKE_CXX_COMPILER="$compiler" \
   -DCMAKE_PREFIX_PATH="$prefix" -DVERSION="$version" >"$work/configure.log"
-cmake --build "$work/stranger"
-"$work/stranger/stranger"
-"$work/stranger/host_stranger"
+cmake --build "$work/downstream"
+"$work/downstream/downstream"
+"$work/downstream/host_downstream"
 
 echo "== pkg-config"
 export PKG_CONFIG_PATH="$prefix/$libdir/pkgconfig"
 pkg-config --exists --print-errors "sarnum = $version"
 # Its output is text for a shell, with the blanks of a path escaped; hence the eval.
-eval "\"\$compiler\" -std=c++17 \"\$here/stranger/main.cpp\" -o \"\$work/by_pkg_config\" \
+eval "\"\$compiler\" -std=c++17 \"\$here/downstream/main.cpp\" -o \"\$work/by_pkg_config\" \
   $(pkg-config --cflags --libs sarnum)"
 LD_LIBRARY_PATH="$prefix/$libdir" "$work/by_pkg_config"
 

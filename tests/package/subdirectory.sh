@@ -10,7 +10,7 @@ rm -rf "$work"
 cmake -S "$here/subdirectory" -B "$work" -G "$generator" -DCMAKE_CXX_COMPILER="$compiler" \
   -DCMAKE_BUILD_TYPE=Debug -DSARNUM_SOURCES="$source_dir" >/dev/null
 cmake --build "$work"
-"$work/stranger"
+"$work/downstream"
 if [ -e "$work/sarnum/tools" ]; then
   echo "the tool was configured although sarnum is not the top project" >&2
   exit 1
