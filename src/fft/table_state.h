@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstddef>
-#include <memory>
 #include <new>
 #include <optional>
 #include <type_traits>
@@ -13,33 +12,41 @@ namespace sarnum {
 
 /// Storage of one table. It knows its size: after delete_ibitr() an array may have been
 /// allocated for a shorter length than the largest one ever requested.
+///
+/// Only release() gives it back. The tables live until delete_ibitr(): while the process ends,
+/// other threads and global objects still use them.
 template <class T>
 class TableArray {
  public:
+  TableArray() = default;
+  TableArray(const TableArray&) = delete;
+  TableArray& operator=(const TableArray&) = delete;
+
   /// Has room for `count` entries afterwards, with the old array and its content where it is
   /// large enough.
   /// @return false, with no array left, when there is no storage.
   bool reserve(std::size_t count) {
     if (count > capacity_) {
       release();
-      entries_.reset(new (std::nothrow) T[count]);
+      entries_ = new (std::nothrow) T[count];
       capacity_ = entries_ != nullptr ? count : 0;
     }
     return entries_ != nullptr;
   }
 
   void release() {
-    entries_.reset();
+    delete[] entries_;
+    entries_ = nullptr;
     capacity_ = 0;
   }
 
   std::size_t capacity() const { return capacity_; }
-  const T* data() const { return entries_.get(); }
+  const T* data() const { return entries_; }
   T& operator[](std::size_t i) { return entries_[i]; }
   const T& operator[](std::size_t i) const { return entries_[i]; }
 
  private:
-  std::unique_ptr<T[]> entries_;
+  T* entries_ = nullptr;
   std::size_t capacity_ = 0;
 };
 

@@ -6,6 +6,8 @@
 // derived last: they are no part of a call's success.
 #include "sarnum/fft/tables.h"
 
+#include <type_traits>
+
 #include "fft/bit_reversal.h"
 #include "fft/radix2.h"
 #include "fft/table_state.h"
@@ -13,7 +15,8 @@
 
 namespace sarnum {
 
-TableState table_state;
+constinit TableState table_state;
+static_assert(std::is_trivially_destructible_v<TableState>, "nothing destroys it");
 
 void TableState::release() {
   ready_exponent.reset();

@@ -1,5 +1,5 @@
-// What applications use of the host interface: strings and texts. The dump of the interface knows
-// the order of the meters' virtual operations.
+// What applications use of the host interface: strings, texts and the registry of extension
+// modules. The dump of the interface knows the order of the meters' virtual operations.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -28,6 +28,20 @@ TEST(String, JoinsAndComparesByValue) {
       EXPECT_EQ(comparisons(left, b.c_str()), comparisons(a, b)) << a << ", " << b;
       EXPECT_EQ(comparisons(a.c_str(), right), comparisons(a, b)) << a << ", " << b;
     }
+  }
+}
+
+TEST(ExtensionModules, LeaveInAnyOrder) {
+  using sarnum::host::is_extension_module_attached;
+  sarnum::host::ExtensionModule modules[] = {{"a"}, {"b"}, {"c"}};
+  for (auto& module : modules) {
+    sarnum::host::attach_extension_module(module);
+  }
+  for (const std::size_t leaving : {1u, 1u, 0u, 2u}) {
+    sarnum::host::detach_extension_module(modules[leaving]);
+    EXPECT_FALSE(is_extension_module_attached(modules[leaving].name));
+    EXPECT_EQ(is_extension_module_attached("c"), leaving != 2u);
+    EXPECT_EQ(is_extension_module_attached("a"), leaving == 1u);
   }
 }
 

@@ -31,6 +31,10 @@ class LoadedLibrary {
   static bool is_loaded(const char* path) {
     return static_cast<bool>(LoadedLibrary(path, RTLD_NOW | RTLD_NOLOAD));
   }
+  template <class Function>
+  Function* function(const char* name) const {
+    return reinterpret_cast<Function*>(dlsym(handle_.get(), name));
+  }
 #endif
   explicit operator bool() const {
     return handle_ != nullptr;

@@ -5,6 +5,10 @@
 /// last init_ibitr() and stays until delete_ibitr(). The set is not guarded: the
 /// caller keeps init_ibitr() and delete_ibitr() apart from each other and from every
 /// table-driven transform. The other transforms do not use it.
+///
+/// Nothing else releases the tables. While the process ends, threads and the destructors of global
+/// objects can still use them. Call delete_ibitr() before you unload the library (dlclose,
+/// FreeLibrary): otherwise the storage of the tables stays allocated, and nothing can release it.
 #ifndef SARNUM_FFT_TABLES_H
 #define SARNUM_FFT_TABLES_H
 

@@ -54,10 +54,34 @@ ThreadState* thread_state() noexcept {
   return thread_states.of_this_thread();
 }
 #else
-thread_local ThreadState state_here;
+/// Needs no destruction: global objects still use layers when the state of the main thread has been
+/// destroyed. They get another one, which lives until the process has ended.
+struct StateHere {
+  ThreadState* state;
+  bool is_left_allocated;
+};
+thread_local constinit StateHere here = {nullptr, false};
 
+/// Destroys the state when its thread ends.
+struct StateOwner {
+  StateOwner() noexcept = default;
+  StateOwner(const StateOwner&) = delete;
+  StateOwner& operator=(const StateOwner&) = delete;
+  ~StateOwner() {
+    delete here.state;
+    here = {nullptr, true};
+  }
+};
+
+/// Null when storage is short.
 ThreadState* thread_state() noexcept {
-  return &state_here;
+  if (here.state == nullptr) {
+    if (!here.is_left_allocated) {
+      thread_local const StateOwner owner;
+    }
+    here.state = new (std::nothrow) ThreadState;
+  }
+  return here.state;
 }
 #endif
 
