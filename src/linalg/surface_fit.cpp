@@ -47,22 +47,31 @@ void abandon(Doubles& array) {
 }  // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks)
 
 /// x^0 … x^degree by repeated squaring: the fourth power is a square of the square.
-std::array<double, largest_degree + 1> powers(double x) {
-  const double square = x * x;
-  return {1.0, x, square, x * square, square * square};
+template <std::size_t degree>
+std::array<double, degree + 1> powers(double x) {
+  std::array<double, degree + 1> power = {1.0};
+  for (std::size_t e = 1; e <= degree; ++e) {
+    power[e] = e == 1 ? x : power[e / 2] * power[e - e / 2];
+  }
+  return power;
 }
 
-/// The terms of the largest degree: those that share a power of v after each other, so that the
-/// compiler keeps the powers in registers.
+/// The terms of a degree: those that share a power of v after each other, so that the compiler
+/// keeps the powers in registers. Those of a higher degree might overflow where these do not.
+template <std::size_t degree>
 void evaluate_terms(double u, double v, double* terms) {
-  const auto u_power = powers(u);
-  const auto v_power = powers(v);
-  for (std::size_t q = 0; q <= largest_degree; ++q) {
-    for (std::size_t p = 0; p + q <= largest_degree; ++p) {
+  const auto u_power = powers<degree>(u);
+  const auto v_power = powers<degree>(v);
+  for (std::size_t q = 0; q <= degree; ++q) {
+    for (std::size_t p = 0; p + q <= degree; ++p) {
       terms[(p + q) * (p + q + 1) / 2 + q] = v_power[q] * u_power[p];
     }
   }
 }
+
+constexpr std::array evaluate_terms_of = {evaluate_terms<0>, evaluate_terms<1>, evaluate_terms<2>,
+                                          evaluate_terms<3>, evaluate_terms<4>};
+static_assert(evaluate_terms_of.size() == largest_degree + 1);
 
 /// Adds the products of each of the first `terms` values of a sample and its first `columns` ones.
 void add_products(double* system, std::size_t terms, std::size_t columns, Values& values,
@@ -113,12 +122,12 @@ void mnk2(int degree, int count, double* z, double* u, double* v, double* c) {
   }
 
   std::fill_n(system.get(), term_count * columns, 0.0);
+  const auto evaluate = evaluate_terms_of[static_cast<std::size_t>(degree)];
   Values values;
   for (std::size_t first = 0; first < samples; first += most_samples) {
     const std::size_t number = std::min(most_samples, samples - first);
     for (std::size_t i = 0; i < number; ++i) {
-      // The terms of a lower degree come first: those past them are overwritten or not read.
-      evaluate_terms(u[first + i], v[first + i], values[i].data());
+      evaluate(u[first + i], v[first + i], values[i].data());
       values[i][term_count] = z[first + i];
     }
     add_products(system.get(), term_count, columns, values, number);

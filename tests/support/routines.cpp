@@ -4,6 +4,7 @@
 #include <sarnum/sarnum.h>
 
 #include <algorithm>
+#include <cfenv>
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
@@ -148,10 +149,12 @@ void Call::run(const std::function<double()>& body) {
   double result = thrown;
   {
     const FailingAllocations failing(given_.failing, given_.how);
+    std::feclearexcept(FE_ALL_EXCEPT);
     try {
       result = body();
     } catch (const std::bad_alloc&) {
     }
+    outcome.exceptions = std::fetestexcept(FE_DIVBYZERO | FE_INVALID | FE_OVERFLOW);
     outcome.allocations = failing.count();
   }
   outcome.values.push_back(result);

@@ -33,8 +33,9 @@ struct Conditions {
 /// What a call gave.
 struct Outcome {
   std::vector<long double> values;  ///< the result, then what all arrays hold that it may change
-  bool untouched = true;            ///< none of them was written
-  bool lawful = true;               ///< all arguments but the size are
+  int exceptions = 0;     ///< of floating point that it raised, of those that end programs
+  bool untouched = true;  ///< none of them was written
+  bool lawful = true;     ///< all arguments but the size are
   int allocations = 0;
 };
 

@@ -16,9 +16,8 @@ constexpr std::size_t whole_tiles(std::size_t rows) {
 template <class Real>
 void pack_factors(double* to, const Real* from, std::ptrdiff_t row_step, std::ptrdiff_t step,
                   std::size_t rows, std::size_t depth, double sign) {
-  std::fill_n(to, whole_tiles(rows) * depth, 0.0);
-  for (std::size_t r = 0; r < rows; ++r) {
-    const Real* const row = from + static_cast<std::ptrdiff_t>(r) * row_step;
+  for (std::size_t r = 0; r < whole_tiles(rows); ++r) {
+    const Real* const row = from + static_cast<std::ptrdiff_t>(std::min(r, rows - 1)) * row_step;
     double* const packed = to + r / tile_rows * tile_rows * depth + r % tile_rows;
     for (std::size_t k = 0; k < depth; ++k) {
       packed[k * tile_rows] =

@@ -62,10 +62,26 @@ SARNUM_INLINE void add_to_tile(double* tile, std::ptrdiff_t stride, const double
   }
 }
 
-/// Some columns of some rows into others of another stride.
-SARNUM_INLINE void copy(double* to, std::ptrdiff_t to_stride, const double* from,
-                        std::ptrdiff_t from_stride, size_t rows, size_t columns) {
-  for (size_t r = 0; r < rows; ++r, to += to_stride, from += from_stride) {
+/// Some columns of some rows into a panel or a tile, which is filled up to whole tiles by copies of
+/// the last column and row: what is computed from those raises no exceptions of its own.
+SARNUM_INLINE void fill(double* to, const double* from, std::ptrdiff_t stride, size_t rows,
+                        size_t columns) {
+  for (size_t r = 0; r % tile_rows != 0 || r < rows; ++r, to += width) {
+    if (columns == width) {
+      unrolled<vectors>([&](auto v) { write(to + v * lanes, read(from + v * lanes)); });
+    } else {
+      for (size_t c = 0; c < width; ++c) {
+        to[c] = from[c < columns ? c : columns - 1];
+      }
+    }
+    from += r + 1 < rows ? stride : 0;
+  }
+}
+
+/// The same columns and rows of a panel or a tile, without what fills it up, back.
+SARNUM_INLINE void put_back(double* to, std::ptrdiff_t stride, const double* from, size_t rows,
+                            size_t columns) {
+  for (size_t r = 0; r < rows; ++r, to += stride, from += width) {
     if (columns == width) {
       unrolled<vectors>([&](auto v) { write(to + v * lanes, read(from + v * lanes)); });
     } else {
@@ -101,17 +117,13 @@ void finish_sources(double* panel, const Update& u) {
 void update(const Update& u) {
   constexpr std::ptrdiff_t stride = width;
   alignas(64) double panel[largest_depth * width];
-  const size_t filled = (u.depth + tile_rows - 1) / tile_rows * tile_rows * width;
-  for (size_t i = 0; i < filled; ++i) {
-    panel[i] = 0.0;  // what no copy overwrites makes all tiles of sources whole
-  }
   for (size_t column = 0; column < u.columns; column += width) {
     const size_t columns = u.columns - column < width ? u.columns - column : width;
     double* const sources = u.sources.first + column;
-    copy(panel, stride, sources, u.sources.stride, u.depth, columns);
+    fill(panel, sources, u.sources.stride, u.depth, columns);
     if (u.triangle != nullptr) {
       finish_sources(panel, u);
-      copy(sources, u.sources.stride, panel, stride, u.depth, columns);
+      put_back(sources, u.sources.stride, panel, u.depth, columns);
     }
     for (size_t first = 0; first < u.rows; first += tile_rows) {
       const size_t rows = u.rows - first < tile_rows ? u.rows - first : tile_rows;
@@ -121,10 +133,10 @@ void update(const Update& u) {
       if (rows == tile_rows && columns == width) {
         add_to_tile(target, u.targets.stride, factors, panel, u.depth);
       } else {
-        alignas(64) double tile[tile_rows * width] = {};
-        copy(tile, stride, target, u.targets.stride, rows, columns);
+        alignas(64) double tile[tile_rows * width];
+        fill(tile, target, u.targets.stride, rows, columns);
         add_to_tile(tile, stride, factors, panel, u.depth);
-        copy(target, u.targets.stride, tile, stride, rows, columns);
+        put_back(target, u.targets.stride, tile, rows, columns);
       }
     }
   }

@@ -25,7 +25,7 @@ struct Update {
   Rows targets;
   std::size_t rows;
   std::size_t columns;
-  const double* factors;   ///< of the targets, packed in tiles; the last one is filled up
+  const double* factors;   ///< of the targets, packed in tiles
   const double* triangle;  ///< of the sources, packed likewise; or null
   const double* divisors;  ///< or null
 };
@@ -33,7 +33,9 @@ struct Update {
 constexpr std::size_t largest_depth = 256;
 
 /// Factors are packed in tiles of as many rows: factor (r, k) of `depth` is number
-/// (r / tile_rows · depth + k)·tile_rows + r % tile_rows.
+/// (r / tile_rows · depth + k)·tile_rows + r % tile_rows. Copies of the last row's fill up the last
+/// tile, as rows of the update are filled up: neither raises exceptions that no row of its own
+/// does.
 constexpr std::size_t tile_rows = 8;
 
 /// The update as one set of instructions does it; null for the scalar one, where the plain loops
