@@ -8,8 +8,8 @@
 
 int LnAbsDeterminant(double* result, int n, long double* a) {
   const auto order = static_cast<std::size_t>(std::max(n, 0));
-  sarnum::NarrowedCopy matrix(a, order * order);
-  if (matrix.get() == nullptr) {
+  sarnum::Narrowed matrix(a, order * order);
+  if (!matrix.has_storage()) {
     return 0;
   }
   const bool eliminated = sarnum::eliminate(matrix.get(), order, order, sarnum::ZeroPivot::stops);

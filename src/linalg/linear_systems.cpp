@@ -1,6 +1,8 @@
 // ChangeRow_IJ and Solve_System: exported forms of what elimination.h does.
 #include "sarnum/linalg/linear_systems.h"
 
+#include <functional>
+
 #include "linalg/elimination.h"
 #include "linalg/work_storage.h"
 
@@ -19,13 +21,24 @@ void Solve_System(int n, long double* a, long double* x) {
     return;
   }
   const auto order = static_cast<std::size_t>(n);
-  sarnum::NarrowedCopy system(a, order * (order + 1));
-  if (system.get() == nullptr) {
+  sarnum::Narrowed system(a, order * (order + 1));
+  if (!system.has_storage()) {
     return;
   }
   sarnum::solve_onto_diagonal(system.get(), order);
   system.widen_back();
+  const auto solution = [&](std::size_t k) { return system.get() + k * (order + 2); };
+  // Where x lies inside the very matrix it covers one element of the diagonal at most.
+  std::size_t covered = order;
+  double covered_value = 0.0;
   for (std::size_t k = 0; k < order; ++k) {
-    sarnum::widen(system.get()[k * (order + 1) + k], x + k);
+    const std::less<const void*> is_before;
+    if (!is_before(solution(k), x) && is_before(solution(k), x + order)) {
+      covered = k;
+      covered_value = *solution(k);
+    }
+  }
+  for (std::size_t k = 0; k < order; ++k) {
+    sarnum::widen(k == covered ? covered_value : *solution(k), x + k);
   }
 }

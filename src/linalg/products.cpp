@@ -100,16 +100,16 @@ void Matrix_Multiply(long double* A, long double* B, long double* C, int m, int 
   }
   const Shape shape = {static_cast<std::size_t>(m), static_cast<std::size_t>(std::max(k, 0)),
                        static_cast<std::size_t>(n)};
-  sarnum::NarrowedCopy b(B, shape.terms * shape.columns);
+  sarnum::Narrowed b(B, shape.terms * shape.columns);
   sarnum::WorkStorage product(shape.rows * shape.columns);
-  if (b.get() == nullptr || product.get() == nullptr) {
+  if (!b.has_storage() || product.get() == nullptr) {
     return;
   }
   std::fill_n(product.get(), shape.rows * shape.columns, 0.0);
   const bool is_large = std::min({shape.rows, shape.terms, shape.columns}) >= least_packed;
   if (!is_large || !multiply_in_blocks(A, b.get(), product.get(), shape)) {
-    sarnum::NarrowedCopy a(A, shape.rows * shape.terms);
-    if (a.get() == nullptr) {
+    sarnum::Narrowed a(A, shape.rows * shape.terms);
+    if (!a.has_storage()) {
       return;
     }
     multiply_plainly(a.get(), b.get(), product.get(), shape);

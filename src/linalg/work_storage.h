@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <limits>
 #include <memory>
 #include <new>
 
@@ -66,26 +67,43 @@ inline void widen(const double* values, std::size_t count, long double* to) {
   }
 }
 
-/// A caller's matrix in 64 bits for the length of one call.
-class NarrowedCopy {
+/// A caller's matrix in 64 bits for the length of one call: a copy where its elements are wider,
+/// and otherwise the matrix itself, which takes no storage.
+template <class Real>
+class Narrowed {
  public:
-  NarrowedCopy(long double* values, std::size_t count)
-      : values_(values), count_(count), copy_(count) {
-    for (std::size_t i = 0; copy_.get() != nullptr && i < count; ++i) {
+  Narrowed(Real* values, std::size_t count) : values_(values), count_(count), copy_(count) {
+    for (std::size_t i = 0; has_storage() && i < count; ++i) {
       copy_.get()[i] = static_cast<double>(values[i]);
     }
   }
 
-  /// Null when the storage of the copy could not be had.
+  /// Whether the storage of the copy could be had; without it there is nothing to get.
+  bool has_storage() { return copy_.get() != nullptr; }
   double* get() { return copy_.get(); }
 
   /// Gives the caller what became of the copy.
   void widen_back() { widen(copy_.get(), count_, values_); }
 
  private:
-  long double* values_;
+  Real* values_;
   std::size_t count_;
   WorkStorage copy_;
+};
+
+template <class Real>
+requires(std::numeric_limits<Real>::digits ==
+         std::numeric_limits<double>::digits) class Narrowed<Real> {
+ public:
+  // For this the sources are compiled with -fno-strict-aliasing.
+  Narrowed(Real* values, std::size_t /*count*/) : values_(reinterpret_cast<double*>(values)) {}
+
+  static bool has_storage() { return true; }
+  double* get() { return values_; }
+  void widen_back() {}
+
+ private:
+  double* values_;
 };
 
 }  // namespace sarnum

@@ -12,6 +12,7 @@
 
 namespace {
 
+using oracle::Doubles;
 using oracle::LongDoubles;
 using oracle::Matrix;
 
@@ -151,6 +152,18 @@ TEST(Products, EqualThePlainDefinitionAlsoOntoAFactor) {
   double u[] = {2.0, -3.0, 0.5}, v[] = {4.0, 5.0, 6.0};
   Vector_Multiply(u, v, v, 2);
   EXPECT_EQ(std::vector(v, v + 3), (std::vector{8.0, -15.0, 6.0}));
+}
+
+TEST(LinearSystems, MayBeSolvedIntoThemselves) {
+  constexpr int n = 5;
+  const LongDoubles given = make_matrix(random, n, n + 1);
+  Matrix<double> solved(given, n + 1);
+  const Doubles expected = oracle::solve(n, solved);
+  for (int first = 0; first <= n * n; ++first) {
+    LongDoubles a = given;
+    Solve_System(n, a.data(), a.data() + first);
+    EXPECT_TRUE(same_values(LongDoubles(a.begin() + first, a.begin() + first + n), expected));
+  }
 }
 
 TEST(LinearSystems, RowsAreComparedAsDoubles) {

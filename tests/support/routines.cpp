@@ -510,14 +510,16 @@ void add_numeric() {
   add_named("sarnum::build_info()", "n", {}, length_of_version);
 }
 
-// Orders up to 16 need no storage.
+// Orders up to 16 need no storage, nor do elements that are not to be narrowed.
 void add_linear_algebra() {
-  const Traits blocked{.kernels_from = 64, .needed = 1};
+  constexpr int copy = std::numeric_limits<long double>::digits > 53 ? 1 : 0;
+  const Traits blocked{.kernels_from = 64, .needed = copy},
+      inverse{.kernels_from = 64, .needed = 1};
   add<void(int, long double*, long double*)>("nSo", blocked, NAMED(Solve_System));
   add<int(double*, int, long double*)>("1nM", blocked, NAMED(LnAbsDeterminant));
-  add<int(int, long double*, long double*)>("nAO", blocked, NAMED(MatrixInversion));
+  add<int(int, long double*, long double*)>("nAO", inverse, NAMED(MatrixInversion));
   add<void(long double*, long double*, long double*, int, int, int)>(
-      "RROnzn", {.kernels_from = 24, .needed = 2}, NAMED(Matrix_Multiply));
+      "RROnzn", {.kernels_from = 24, .needed = copy + 1}, NAMED(Matrix_Multiply));
   add<void(int, int, int, long double*)>("jjnS", {}, NAMED(ChangeRow_IJ));
   add<int(int, double(*)[5], double*, double*)>("n5xo", {}, NAMED(lin_yr));
   add<void(int, int, double*, double*, double*)>("kniic", {}, NAMED(mnk));
