@@ -97,11 +97,12 @@ Radians to degrees, (x 180) / pi (C++: Degrees).
 )");
   bind_function(module, "modulus", Modulus, "a", "b", R"(modulus(a, b)
 
-Remainder of a / b, lifted into [0, b), to rounding, for a positive divisor (C++: Modulus).
+Remainder of a / b, lifted into [0, b) for a positive divisor (C++: Modulus).
 
 r = a - trunc(a / b) b, plus b where r is not >= 0. A negative divisor keeps this rule:
-modulus(5, -3) is 2, but modulus(-5, -3) is -5. Digits are lost as |a / b| grows; for the exact
-remainder take numpy.fmod. NaN when b is 0 or an argument is not finite.
+modulus(5, -3) is 2, but modulus(-5, -3) is -5. Digits are lost as |a / b| grows, and from about 13
+on the result can be outside [0, b) by a rounding error of a; for the exact remainder take
+numpy.fmod. NaN when b is 0 or an argument is not finite.
 )");
   bind_function(module, "wrap_angle", Fmod2p, R"(wrap_angle(x)
 
@@ -321,7 +322,8 @@ c v[i]; the constant comes first (C++: Const_Multiply). Arguments as in add().
       },
       py::arg("v"), py::arg("out") = py::none(), R"(normalize(v, out=None)
 
-v[i] / |v|; a vector of length zero becomes NaN (C++: Normalize). Arguments as in add().
+v[i] / |v|; a zero vector becomes NaN (C++: Normalize). Where only the norm underflows to 0, elements
+become infinite. Arguments as in add().
 )");
   bind_product_of_vectors(module, "dot", Scalar_Multiply, R"(dot(a, b)
 
@@ -578,8 +580,11 @@ shape and broadcast them; vectors have one axis and at least one element.
 Circular cross-correlation of two sequences (C++: Correl).
 
 Sample j of b meets sample (j + lag) mod len(a) of a: a is periodic. Real sequences give the sum of
-a[...] b[j] with its sign, complex ones the **magnitude** of the sum of a[...] conj(b[j]). For the
-linear correlation append len(b) - 1 zeros to a. Nothing is normalised.
+a[...] b[j] with its sign, complex ones the **magnitude** of the sum of a[...] conj(b[j]). Nothing
+is normalised.
+
+For the linear correlation append len(b) - 1 zeros to a, and take the first len(a) + len(b) - 1 values,
+a without the zeros: its lags 1 - len(b) ... len(a) - 1. The values after them have wrapped round.
 
 Parameters
 ----------
@@ -592,6 +597,13 @@ Returns
 -------
 float, or ndarray of float64
     len(a) + len(b) - 1 values for all lags.
+
+Examples
+--------
+>>> import sarnum.numeric
+>>> a, b = [1.0, 2.0, 3.0], [1.0, 10.0]
+>>> sarnum.numeric.correlate(a + [0.0], b)[:len(a) + len(b) - 1]
+array([10., 21., 32.,  3.])
 )");
   module.def("parts", parts, py::arg("src"), py::kw_only(), py::arg("pairs") = false,
              R"(parts(src, *, pairs=False)

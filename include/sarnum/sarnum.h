@@ -1,8 +1,13 @@
 /// @file
 /// Everything sarnum exports: numerical routines for radar (SAR) imagery.
 ///
-/// Names are global, as the suite's applications know them. Unless a declaration
-/// says otherwise, a routine
+/// Names are global, as the suite's applications know them. **Do not define a function with the
+/// name and parameters of one declared here**: a `double Mean(double*, int)` in one source file of
+/// a program replaces the library's for every other file of that program, and neither the compiler
+/// nor the linker reports it. Declare such a function `static` or in a namespace. (The library's
+/// own calls are not affected.)
+///
+/// Unless a declaration says otherwise, a routine
 /// - runs to completion on the caller's thread and keeps no state, so that calls on
 ///   different data may run at the same time;
 /// - does not check its arguments: each declaration says what bad input gives;

@@ -143,9 +143,9 @@ TEST(ElementWise, AnOverlapGivesTheRecurrence) {
       }
     }
   }
-  double zero[2] = {0, 0};
-  Normalize(zero, zero, 2);
-  EXPECT_THAT(zero, testing::Each(testing::IsNan()));
+  double squares_underflow[] = {0, -1e-200};
+  Normalize(squares_underflow, squares_underflow, 2);
+  EXPECT_THAT(squares_underflow, ElementsAre(testing::IsNan(), -INFINITY));
 }
 
 TEST(Vectors, AngleIsNotLimitedAndCrossRunsTwice) {
@@ -207,6 +207,16 @@ TEST(Correlation, IsCircularInTheFirstSequence) {
         ASSERT_EQ(Correl(x.data(), u.data(), n1, n2, s), sum);
         ASSERT_EQ(Correl(x.data(), y.data(), u.data(), v.data(), n1, n2, s),
                   std::sqrt(im * im + re * re));
+      }
+      const int padded = n1 + n2 - 1;
+      x.resize(static_cast<std::size_t>(padded));
+      for (int s = 1 - n2; s < padded; ++s) {
+        double linear = 0;
+        for (int l = std::max(0, -s); s < n1 && l < std::min(n2, n1 - s); ++l) {
+          linear += x[static_cast<std::size_t>(l + s)] * u[static_cast<std::size_t>(l)];
+        }
+        ASSERT_EQ(Correl(x.data(), u.data(), padded, n2, s),
+                  s < n1 ? linear : Correl(x.data(), u.data(), padded, n2, s - padded));
       }
     }
   }

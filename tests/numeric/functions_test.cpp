@@ -41,6 +41,7 @@ TEST(NumericFunctions, GiveTheStatedValues) {
                  {Kaiser(6, 4, 8), 1},   {Kaiser(0, 3, 8), 1},   {Kaiser(6, -1, 8), nan},
                  {Kaiser(6, 0, 0), nan}, {Bessel_NULL(0), 1},    {Bessel_NULL(nan), nan},
                  {Bessel_NULL(70), nan}, {Bessel_NULL(inf), nan}});
+  EXPECT_EQ(Modulus(-4.81, 0.37), -0x1p-53);
 }
 
 // Of Add_to_Power_of_2, 3e9 is shifted out, and at 5e9 the count has wrapped.

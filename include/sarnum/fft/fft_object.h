@@ -83,8 +83,10 @@ class SARNUM_API CFFTClass {
   ///             outside 1 … 16 have no row pass: src is not read, and the columns of the
   ///             complex floats that dst already holds are transformed.
   /// @param meter  told of the progress, or null. It gets SetRange(0, N1 + N2), SetStep(1),
-  ///             SetText(resource string 700 + "...") and one StepIt() a row (padding rows
-  ///             included, none without a row pass) and a column.
+  ///             SetText(resource string 700 + "...") and one StepIt() per row (padding rows
+  ///             included, none without a row pass) and per column. Up to 32 columns are
+  ///             transformed together, and their steps follow in a burst: at a step, and after a
+  ///             meter threw, dst can be up to 31 columns further than the steps say.
   ///
   /// Rows need not be adjacent or aligned. Rows of dst may overlap each other or be rows of
   /// src: the result is that of row after row (load, transform, store, then the next),

@@ -8,8 +8,8 @@
 /// - **Nothing divides by the length**: what passes comes back multiplied by the length of the
 ///   transform. ifft() also rounds to single precision.
 /// - **The result is stretched, not cut**: output k is the result at k·(N−1)/(n−1), also over the
-///   padding. Only where N = n (a power of two from 2 to 2^28) do samples stay in place. A single
-///   sample gets the first of two results.
+///   padding. Only where N = n (a power of two from 2 to 2^28, or 2^30) do samples stay in place. A
+///   single sample gets the first of two results.
 /// - **The band**: from the strongest bin p (the first of equal ones), bins to its left and to its
 ///   right, circularly, belong to it while their magnitude is above the mean magnitude; the bound
 ///   of a side is the last bin that was. A side whose very first bin is not above the mean has

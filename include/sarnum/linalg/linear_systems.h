@@ -10,10 +10,10 @@
 ///
 /// The arithmetic is that of 64-bit doubles at every step, also where `long double` is wider:
 /// elements are rounded to double when a routine begins, and what it leaves are doubles
-/// (ChangeRow_IJ apart, which only moves elements). Where `long double` is wider, that takes storage
-/// of 8 bytes per element; MatrixInversion takes 16 on every platform. Small matrices take none. If
-/// the storage cannot be allocated, nothing is done. From order 64 on a routine also allocates about
-/// 800 bytes per row, for speed; without these it is slower.
+/// (ChangeRow_IJ apart, which only moves elements). Where `long double` is wider, that takes
+/// storage of 8 bytes per element; MatrixInversion takes 16 on every platform. Small matrices take
+/// none. If the storage cannot be allocated, nothing is done. From order 64 on a routine also
+/// allocates about 800 bytes per row, for speed; without these it is slower.
 ///
 /// Calls on different matrices may run on any number of threads.
 ///

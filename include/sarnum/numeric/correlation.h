@@ -2,13 +2,16 @@
 /// Circular cross-correlation of two sequences at one lag.
 ///
 /// The first sequence is periodic with its length n1: sample j of the second meets sample
-/// (j + s) mod n1 of the first. For the linear correlation append n2 − 1 zeros to the first
-/// sequence and pass n1 + n2 − 1. The result is a raw sum: for the normalised correlation of
+/// (j + s) mod n1 of the first. The result is a raw sum: for the normalised correlation of
 /// sequences of one length divide by the product of their norms (for the correlation coefficient,
 /// take off the means first).
 ///
+/// For the linear correlation append n2 − 1 zeros to the first sequence, pass N = n1 + n2 − 1 as
+/// its length, and take the lags of the sequences without the zeros: 1 − n2 ≤ s ≤ n1 − 1. From
+/// s = n1 on the sum has wrapped round to lag s − N.
+///
 /// Lags are accepted where the two overlap in at least one sample without wrapping:
-/// 1 − n2 ≤ s ≤ n1 − 1. Any other lag gives 0, which is not to be told from a sum that is 0. The
+/// 1 − n2 ≤ s ≤ n1 − 1. Any other lag gives 0, indistinguishable from a zero sum. The
 /// same goes for n1 < 1 or n2 < 1. Terms are added in ascending j, in double. Nothing is allocated;
 /// calls may run on any number of threads.
 #ifndef SARNUM_NUMERIC_CORRELATION_H

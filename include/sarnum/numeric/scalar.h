@@ -48,10 +48,10 @@ SARNUM_API double Degrees(double rad);
 /// r = a − trunc(a/b)·b, plus b when r is not ≥ 0. A negative divisor keeps the same rule and is
 /// no true modulo: Modulus(5, -3) is 2, but Modulus(-5, -3) is -5.
 ///
-/// The remainder is formed from the rounded quotient: it loses digits as |a/b| grows, may leave
-/// [0, b) from about 1e13 on, and is infinite where a/b overflows. A remainder so close below zero
-/// that adding b rounds gives b itself. For the exact one take std::fmod, plus b where that is
-/// negative.
+/// The remainder is formed from rounded values: it loses digits as |a/b| grows, and is infinite
+/// where a/b overflows. For |a/b| of about 13 and more it may lie outside [0, b), on either side,
+/// by up to |a|·2^−52: Modulus(-4.81, 0.37) is −2^−53. A remainder so close below zero that adding
+/// b rounds gives b itself. For the exact one take std::fmod, plus b where that is negative.
 /// @return NaN when b is 0 or an argument is not finite.
 SARNUM_API double Modulus(double a, double b);
 

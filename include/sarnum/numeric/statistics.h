@@ -41,14 +41,16 @@ SARNUM_API double Sum_mass(double* a, int n);
 /// Sum_mass(a, n)/n: NaN for n = 0, −0 for a negative n.
 SARNUM_API double Mean(double* a, int n);
 
-/// Resamples nIn samples to nOut by linear interpolation: out[0] = in[0], the last output falls
-/// on in[nIn−1] (to rounding), those between at even distances.
+/// Resamples nIn samples to nOut by linear interpolation: the first output is in[0], the last
+/// output falls on in[nIn−1] (to rounding), those between at even distances.
 ///
 /// With step = (nIn−1)/(nOut−1), x = j·step and k = trunc(x),
 /// out[j] = (in[k+1] − in[k])·(x − k) + in[k].
 /// - **in[nIn] is read** for the last output, with the weight zero or, where j·step rounds above
 ///   nIn−1, a little more: the array must be readable one element beyond its last sample. Make
 ///   that element 0 or repeat the last sample; where it is not finite, neither is the output.
+/// - An output between two samples whose difference is not finite is not finite either. The first
+///   output is then NaN, even if in[0] is finite.
 /// - Fewer outputs than inputs are no averages: samples between the points are passed over.
 ///   Filter first where aliasing matters.
 /// - A single output has no step: nOut 1, or 0, which counts as 1, writes in[0] to out[0]. A

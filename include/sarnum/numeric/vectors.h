@@ -43,7 +43,8 @@ SARNUM_API double Angle(double* a, double* b, int n);
 SARNUM_API void Cross(double* a, double* b, double* out);
 
 /// out[i] = v[i]/|v|: a division for each element, by a norm computed before any is written.
-/// A vector of length zero becomes NaN.
+/// Where the norm is 0, elements that are 0 become NaN; other elements, which have squares that
+/// underflow, become infinite.
 SARNUM_API void Normalize(double* v, double* out, int n);
 
 #endif
