@@ -3,9 +3,11 @@
 /// the registry of extension modules.
 ///
 /// In the standalone build these come from libsarnum_host. A build with SARNUM_HOST=external
-/// defines SARNUM_HOST_HEADER, and that header of the suite's own host declares the same names.
+/// names a header of the suite's own host, which declares the same names.
 #ifndef SARNUM_HOST_HOST_H
 #define SARNUM_HOST_HOST_H
+
+#include "sarnum/config.h"
 
 #if defined(SARNUM_HOST_HEADER)
 #include SARNUM_HOST_HEADER
