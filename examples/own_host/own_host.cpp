@@ -56,7 +56,7 @@ int CFileLayer::Open(const char* path, unsigned long, int, unsigned long) {
 }
 
 int CFileLayer::Create(const char* path, int width, int height, int, unsigned long, unsigned long,
-                       void*, int) {
+                       ExtraTag*, int) {
   raster_ = &memory_rasters[path];
   const auto count = static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
   *raster_ = {width, height, std::vector<float>(count)};

@@ -2,7 +2,7 @@
 // held in memory under a name, and a meter draws a bar on the terminal.
 //
 // The library is built against this header (-DSARNUM_HOST=external) and calls only what is declared
-// here, by these names and with these arguments; what stands behind them is the host's affair.
+// here, by exactly these signatures, which its build checks. What they do is up to the host.
 #ifndef OWN_HOST_H
 #define OWN_HOST_H
 
@@ -26,7 +26,7 @@ class CString {
 CString GetResourceString(int id);
 
 /// What the library tells about its progress. A subclass overrides what it wants to see.
-class CMeterInfo {
+class CMeterInfoBase {
  public:
   virtual void SetText(const char* /*text*/) {}
   virtual void SetPos(int /*position*/) {}
@@ -35,7 +35,8 @@ class CMeterInfo {
   virtual void StepIt() {}
 };
 
-class CCustomMeterInfo : public CMeterInfo {};
+class CMeterInfo : public CMeterInfoBase {};
+class CCustomMeterInfo : public CMeterInfoBase {};
 
 /// Draws `caption [#####.....]` on one line of the terminal.
 class TerminalMeter : public CCustomMeterInfo {
@@ -67,11 +68,13 @@ extern std::map<std::string, MemoryRaster> memory_rasters;
 /// One raster, read or written. All rows are in memory, so that a band of rows need not be moved.
 class CFileLayer {
  public:
-  explicit CFileLayer(CMeterInfo* /*meter*/) {}
+  struct ExtraTag;
+
+  explicit CFileLayer(CMeterInfoBase* /*meter*/) {}
 
   int Open(const char* path, unsigned long mode, int index, unsigned long access);
   int Create(const char* path, int width, int height, int type, unsigned long mode,
-             unsigned long format, void* extra, int flag);
+             unsigned long format, ExtraTag* extra, int flag);
   int Width() { return raster_ != nullptr ? raster_->width : 0; }
   int Height() { return raster_ != nullptr ? raster_->height : 0; }
 

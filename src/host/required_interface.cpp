@@ -9,11 +9,10 @@
 namespace {
 
 template <class String>
-concept HostString =
-    std::copyable<String> && std::convertible_to<const char*, String> &&
+concept HostString = std::copyable<String> && std::convertible_to<const char*, String> &&
     std::convertible_to<String, const char*> && requires(const String text, const char* tail) {
-      { text + tail } -> std::convertible_to<String>;
-    };
+  { text + tail } -> std::convertible_to<String>;
+};
 static_assert(HostString<CString>);
 
 template <class Layer>
@@ -47,10 +46,12 @@ static_assert(std::same_as<decltype(GetResourceString(700)), CString>);
 
 #if !defined(__AFXWIN_H__)
 using sarnum::host::ExtensionModule;
-static_assert(requires(ExtensionModule& module) {
+static_assert(requires(ExtensionModule & module) {
   ExtensionModule{"sarnum"};
-  { sarnum::host::attach_extension_module(module) } noexcept -> std::same_as<void>;
-  { sarnum::host::detach_extension_module(module) } noexcept -> std::same_as<void>;
+  { sarnum::host::attach_extension_module(module) }
+  noexcept->std::same_as<void>;
+  { sarnum::host::detach_extension_module(module) }
+  noexcept->std::same_as<void>;
 });
 #endif
 
