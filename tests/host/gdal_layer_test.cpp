@@ -83,6 +83,21 @@ TEST_F(LayerTest, DeliversEveryRealTypeAsStoredAndRefusesComplexOnes) {
   }
 }
 
+TEST_F(LayerTest, BytesAreSignedWhereTheFileSaysSo) {
+  for (const char* const layout : {"", "TILED=YES BLOCKXSIZE=16 BLOCKYSIZE=16"}) {
+    GDALDatasetUniquePtr dataset = make_raster(
+        path_, 4, 20, (std::string("PIXELTYPE=SIGNEDBYTE ") + layout).c_str(), GDT_Byte);
+    std::array<unsigned char, 4> bytes = {0, 127, 128, 255};
+    EXPECT_EQ(dataset->GetRasterBand(1)->RasterIO(GF_Write, 0, 19, 4, 1, bytes.data(), 4, 1,
+                                                  GDT_Byte, 0, 0, nullptr),
+              CE_None);
+    dataset.reset();
+    ASSERT_NE(open(layer_, path_) * set_band(20), 0) << failure();
+    EXPECT_THAT(row(19), ElementsAre(0, 127, -128, -1));
+    EXPECT_EQ(row(18), noise(4, 18));
+  }
+}
+
 TEST_F(LayerTest, CreationOptionsServeOneFileAndAreChecked) {
   const auto is_big_tiff = [this] {
     layer_.Close();

@@ -134,6 +134,8 @@ class GdalRaster final : public RasterFile {
   int block_height_ = 1;
   /// A raster of other files, which are read past its own blocks.
   bool is_composed_ = false;
+  /// Its bytes are signed, which the pixel type of GDAL before 3.7 does not say.
+  bool has_signed_bytes_ = false;
   GIntBig bytes_since_trim_ = 0;
 
   /// Reading: blocks above this row have left GDAL's cache.
@@ -147,7 +149,12 @@ class GdalRaster final : public RasterFile {
 void GdalRaster::adopt(DatasetHandle dataset) {
   dataset_ = std::move(dataset);
   int block_width = 0;
-  dataset_->GetRasterBand(1)->GetBlockSize(&block_width, &block_height_);
+  GDALRasterBand& band = *dataset_->GetRasterBand(1);
+  band.GetBlockSize(&block_width, &block_height_);
+  const char* const kind = band.GetRasterDataType() == GDT_Byte
+                               ? band.GetMetadataItem("PIXELTYPE", "IMAGE_STRUCTURE")
+                               : nullptr;
+  has_signed_bytes_ = kind != nullptr && EQUAL(kind, "SIGNEDBYTE");
   is_composed_ = EQUAL(dataset_->GetDriverName(), "VRT");
   block_height_ = is_composed_ ? 1 : std::max(block_height_, 1);
 }
@@ -161,6 +168,10 @@ bool GdalRaster::read(int row, int count, float* to, std::string& reason) {
   const bool delivered = status == CE_None && !scope.failed();
   if (!delivered) {
     reason = scope.reason();
+  }
+  const std::size_t samples = static_cast<std::size_t>(count) * static_cast<std::size_t>(width());
+  for (std::size_t i = 0; has_signed_bytes_ && i < samples; ++i) {
+    to[i] -= to[i] > 127.0F ? 256.0F : 0.0F;
   }
   return delivered;
 }
