@@ -96,7 +96,7 @@ TEST_F(LayerTest, BandsDeliverEveryRowAndNoneBeyondTheFile) {
   }
 }
 
-TEST_F(LayerTest, WhatCannotBeOpenedOrCreatedIsRefusedInOneLineThatStays) {
+TEST_F(LayerTest, WhatCannotBeOpenedOrCreatedIsRefusedInOneLine) {
   std::ofstream(folder_.file("text.tif")) << "not a raster\n";
   std::ofstream(folder_.file("empty.vrt")) << "<VRTDataset rasterXSize='2' rasterYSize='2'/>";
   for (const std::string& path :
@@ -106,16 +106,38 @@ TEST_F(LayerTest, WhatCannotBeOpenedOrCreatedIsRefusedInOneLineThatStays) {
     EXPECT_THAT(failure(), StartsWith("cannot open " + path.substr(0, path.find('\n'))));
     EXPECT_EQ(failure().find('\n'), std::string::npos) << failure();
   }
-  layer_.Open("later.tif", 272, 0, 0x80000000UL);
   std::thread([this] { EXPECT_EQ(open(layer_, "no.tif"), 0); }).join();
   EXPECT_EQ(failure(), "cannot open " + path_ + ": No such file or directory");
 
   std::filesystem::remove(folder_.file("text.tif"));
   std::filesystem::remove(folder_.file("empty.vrt"));
   EXPECT_EQ(create(layer_, path_, 100000, 100000, {"BIGTIFF=NO"}), 0);
+  EXPECT_EQ(create(layer_, "", 4, 4), 0);
+  EXPECT_THAT(failure(), StartsWith("cannot create : "));
   EXPECT_EQ(create(layer_, folder_.path().string(), 4, 4), 0);
   EXPECT_THAT(failure(), StartsWith("cannot create " + folder_.path().string() + ": "));
   EXPECT_TRUE(folder_.names().empty());
+}
+
+TEST_F(LayerTest, AFailureIsShownUntilTheNextFileIsOpened) {
+  CFileLayer other(nullptr);
+  const auto fail = [this] { EXPECT_EQ(layer_.WriteRow(nullptr, 0, 0, 1, 1), 0); };
+  const std::string own = folder_.file("own"), others = folder_.file("other");
+  EXPECT_EQ(open(other, "missing"), 0);
+  EXPECT_THAT(failure(), HasSubstr("missing"));
+  ASSERT_NE(create(layer_, own, 5, 4), 0);
+  EXPECT_EQ(failure(), "");
+  fail();
+  ASSERT_NE(create(other, others, 5, 4), 0);
+  EXPECT_THAT(failure(), HasSubstr(own)) << "the file that failed is still in use";
+  layer_.Close();
+  EXPECT_THAT(failure(), HasSubstr(own));
+  ASSERT_NE(open(other, others), 0);
+  EXPECT_EQ(failure(), "");
+  ASSERT_NE(create(layer_, own, 5, 4), 0);
+  fail();
+  ASSERT_NE(open(layer_, others), 0);
+  EXPECT_EQ(failure(), "") << "opening another file ends the one that failed";
 }
 
 }  // namespace

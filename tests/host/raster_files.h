@@ -78,12 +78,10 @@ inline void make_raster(const std::string& path, int width, int height,
 class LayerTest : public ::testing::Test {
  protected:
   static int open(CFileLayer& layer, const std::string& path) {
-    sarnum::host::clear_raster_failure();
     return layer.Open(path.c_str(), 272, 0, 0x80000000UL);
   }
   static int create(CFileLayer& layer, const std::string& path, int width, int height,
                     const std::vector<const char*>& options = {}) {
-    sarnum::host::clear_raster_failure();
     if (!options.empty()) {
       sarnum::host::set_creation_options(options.data(), static_cast<int>(options.size()));
     }

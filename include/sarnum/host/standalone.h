@@ -11,12 +11,15 @@
 
 namespace sarnum::host {
 
-/// The first failure of a layer on this thread since clear_raster_failure(): one line that
-/// names the file, or the empty string. It covers opening, creating, setting the band, reading,
-/// writing and closing. Valid until the next call into the host on this thread.
+/// The first failure of a layer on this thread: one line that names the file, or the empty
+/// string. It covers opening, creating, setting the band, reading, writing and closing. Valid until
+/// the next call into the host on this thread.
+///
+/// Opening or creating a file forgets a former failure, so that work that succeeds shows none; but
+/// not the failure of a file that another layer still has open, because that work goes on.
 SARNUM_HOST_API const char* raster_failure() noexcept;
 
-/// Forgets the failure.
+/// Forgets the failure, whatever is open.
 SARNUM_HOST_API void clear_raster_failure() noexcept;
 
 /// GDAL creation options for the next CFileLayer::Create on this thread, which uses them up:

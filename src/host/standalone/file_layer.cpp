@@ -9,6 +9,7 @@
 #include <limits>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "host/standalone/raster_file.h"
@@ -16,6 +17,7 @@
 
 namespace {
 
+using sarnum::host::OpenFile;
 using sarnum::host::RasterFile;
 using sarnum::host::remember_raster_failure;
 
@@ -38,6 +40,7 @@ class CFileLayer::Raster {
   int width() const { return width_; }
   int height() const { return height_; }
   const std::string& path() const { return path_; }
+  const OpenFile& lifetime() const { return lifetime_; }
 
   bool set_band(int rows);
   float* row_address(int row);
@@ -55,9 +58,13 @@ class CFileLayer::Raster {
   void load();
   void load_row(int row);
   void close() noexcept;
+  void remember(std::string_view action, std::string_view reason) noexcept {
+    remember_raster_failure(action, path_, reason, lifetime_);
+  }
 
   std::string path_;
   bool writable_;
+  OpenFile lifetime_ = std::make_shared<const char>();
   std::unique_ptr<RasterFile> file_;
   int width_ = 0;
   int height_ = 0;
@@ -128,8 +135,8 @@ bool CFileLayer::Raster::set_band(int rows) {
   if (allocate_band(rows)) {
     return true;
   }
-  remember_raster_failure(writable_ ? write_action : "cannot read", path_,
-                          "out of memory for a band of " + std::to_string(rows) + " rows");
+  remember(writable_ ? write_action : "cannot read",
+           "out of memory for a band of " + std::to_string(rows) + " rows");
   return false;
 }
 
@@ -166,7 +173,7 @@ void CFileLayer::Raster::load_row(int row) {
   std::fill_n(address(row), width_, std::numeric_limits<float>::quiet_NaN());
   if (block_row != unreadable_block_row_) {
     unreadable_block_row_ = block_row;
-    remember_raster_failure("cannot read row " + std::to_string(row) + " of", path_, reason);
+    remember("cannot read row " + std::to_string(row) + " of", reason);
   }
 }
 
@@ -178,7 +185,7 @@ bool CFileLayer::Raster::write(const void* data, int column, int row, int count)
   } else if (file_->write(static_cast<const float*>(data), column, row, count, reason)) {
     return true;
   }
-  remember_raster_failure(write_action, path_, reason);
+  remember(write_action, reason);
   return false;
 }
 
@@ -192,7 +199,7 @@ void CFileLayer::Raster::shift(int rows) {
 void CFileLayer::Raster::close() noexcept {
   std::string reason;
   if (file_ != nullptr && !file_->close(reason)) {
-    remember_raster_failure(writable_ ? write_action : "cannot close", path_, reason);
+    remember(writable_ ? write_action : "cannot close", reason);
   }
   file_.reset();
 }
@@ -210,17 +217,18 @@ constexpr int band_mode = 256;
 
 /// The work's result, or zero and a remembered failure when it throws.
 template <class Work>
-auto guarded(const char* action, const char* path, Work work) noexcept -> decltype(work()) {
+auto guarded(const char* action, const char* path, const OpenFile& file, Work work) noexcept
+    -> decltype(work()) {
   try {
     return work();
   } catch (const std::exception& error) {
-    remember_raster_failure(action, path, error.what());
+    remember_raster_failure(action, path, error.what(), file);
     return {};
   }
 }
 
-int refuse(const char* action, const char* path) {
-  remember_raster_failure(action, path, "the layer does not know the mode asked for");
+int refuse(const char* action, const char* path, const OpenFile& file = {}) {
+  remember_raster_failure(action, path, "the layer does not know the mode asked for", file);
   return 0;
 }
 
@@ -231,11 +239,12 @@ CFileLayer::CFileLayer(CMeterInfoBase* /*meter*/) {}
 CFileLayer::~CFileLayer() = default;
 
 int CFileLayer::Open(const char* path, unsigned long mode, int index, unsigned long access) {
+  sarnum::host::forget_past_failure(raster_ != nullptr ? raster_->lifetime() : nullptr);
   Close();
   if (path == nullptr || mode != open_mode || index != 0 || access != open_access) {
     return refuse(open_action, path != nullptr ? path : "");
   }
-  return guarded(open_action, path, [&] {
+  return guarded(open_action, path, {}, [&] {
     raster_ = Raster::open(path);
     return raster_ != nullptr ? 1 : 0;
   });
@@ -244,12 +253,13 @@ int CFileLayer::Open(const char* path, unsigned long mode, int index, unsigned l
 int CFileLayer::Create(const char* path, int width, int height, int type, unsigned long mode,
                        unsigned long format, ExtraTag* extra, int flag) {
   const std::vector<std::string> options = sarnum::host::take_creation_options();
+  sarnum::host::forget_past_failure(raster_ != nullptr ? raster_->lifetime() : nullptr);
   Close();
   if (path == nullptr || width < 1 || height < 1 || type != pixel_type_float32 ||
       mode != create_mode || format != create_format || extra != nullptr || flag != 0) {
     return refuse(create_action, path != nullptr ? path : "");
   }
-  return guarded(create_action, path, [&] {
+  return guarded(create_action, path, {}, [&] {
     raster_ = Raster::create(path, width, height, options);
     return raster_ != nullptr ? 1 : 0;
   });
@@ -269,16 +279,18 @@ int CFileLayer::SetBlockMode(int a, int b, int c, int columns, int rows, int d) 
   }
   const char* const path = raster_->path().c_str();
   if (a != band_mode || b != 0 || c != 0 || columns != raster_->width() || rows < 1 || d != 1) {
-    return refuse("cannot set the band of", path);
+    return refuse("cannot set the band of", path, raster_->lifetime());
   }
-  return guarded("cannot set the band of", path, [&] { return raster_->set_band(rows) ? 1 : 0; });
+  return guarded("cannot set the band of", path, raster_->lifetime(),
+                 [&] { return raster_->set_band(rows) ? 1 : 0; });
 }
 
 void* CFileLayer::GetRowAddr(int row) {
   if (raster_ == nullptr) {
     return nullptr;
   }
-  return guarded("cannot read", raster_->path().c_str(), [&] { return raster_->row_address(row); });
+  return guarded("cannot read", raster_->path().c_str(), raster_->lifetime(),
+                 [&] { return raster_->row_address(row); });
 }
 
 int CFileLayer::WriteRow(void* data, int column, int row, int count, int d) {
@@ -287,9 +299,9 @@ int CFileLayer::WriteRow(void* data, int column, int row, int count, int d) {
   }
   const char* const path = raster_->path().c_str();
   if (d != 1) {
-    return refuse(write_action, path);
+    return refuse(write_action, path, raster_->lifetime());
   }
-  return guarded(write_action, path,
+  return guarded(write_action, path, raster_->lifetime(),
                  [&] { return raster_->write(data, column, row, count) ? 1 : 0; });
 }
 
@@ -298,7 +310,7 @@ int CFileLayer::ShiftBlock(int rows, int d) {
     return 0;
   }
   if (rows < 0 || d != 1) {
-    return refuse("cannot move the band of", raster_->path().c_str());
+    return refuse("cannot move the band of", raster_->path().c_str(), raster_->lifetime());
   }
   raster_->shift(rows);
   return 1;

@@ -19,6 +19,7 @@ namespace {
 
 struct ThreadState {
   std::string failure;
+  std::weak_ptr<const void> file_of_failure;
   std::vector<std::string> creation_options;
   std::string text;
 };
@@ -126,6 +127,17 @@ void clear_raster_failure() noexcept {
   }
 }
 
+void forget_past_failure(const OpenFile& own) noexcept {
+  ThreadState* const state = thread_state();
+  if (state == nullptr) {
+    return;
+  }
+  const OpenFile file = state->file_of_failure.lock();
+  if (file == nullptr || file == own) {
+    state->failure.clear();
+  }
+}
+
 bool set_creation_options(const char* const* options, int count) noexcept {
   ThreadState* const state = thread_state();
   if (state == nullptr) {
@@ -147,11 +159,12 @@ bool set_creation_options(const char* const* options, int count) noexcept {
 }
 
 void remember_raster_failure(std::string_view action, std::string_view path,
-                             std::string_view reason) noexcept {
+                             std::string_view reason, const OpenFile& file) noexcept {
   ThreadState* const state = thread_state();
   if (state == nullptr || !state->failure.empty()) {
     return;
   }
+  state->file_of_failure = file;
   try {
     std::string line;
     append_as_one_line(line, action);
