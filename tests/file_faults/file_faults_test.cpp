@@ -158,6 +158,44 @@ TEST_P(FileFaults, LeaveTheOldFilesOrTheNewOnes) {
   }
 }
 
+/// Throws at its n-th call.
+class ImpatientMeter : public CCustomMeterInfo {
+ public:
+  explicit ImpatientMeter(int calls) : calls_(calls) {}
+  void SetText(const char*) override { count(); }
+  void SetPos(int) override { count(); }
+  void SetRange(int, int) override { count(); }
+  void StepIt() override { count(); }
+
+ private:
+  void count() {
+    if (--calls_ == 0) {
+      throw *this;
+    }
+  }
+
+  int calls_;
+};
+
+TEST_F(ToolTest, AMultilookThatItsMeterEndsLeavesNoOutput) {
+  make("in.tif", 72, 60, GDT_Float32, [](int x, int y) { return Sample(x + y); });
+  const std::string in = file("in.tif"), out = file("out.tif");
+  std::string whole;
+  for (int calls = 40; calls > 0; --calls) {
+    ImpatientMeter meter(calls);
+    bool was_ended = false;
+    try {
+      EXPECT_EQ(NoncoherentAccumulationR(out.c_str(), in.c_str(), 2, 2, &meter), 1);
+    } catch (const ImpatientMeter&) {
+      was_ended = true;
+    }
+    // The output is closed before the last call.
+    constexpr int all_calls = 39;
+    EXPECT_EQ(was_ended, calls <= all_calls);
+    EXPECT_EQ(names().size(), calls < all_calls ? 1U : 2U) << calls;
+  }
+}
+
 using ::testing::Combine;
 using ::testing::Values;
 

@@ -77,6 +77,15 @@ TEST_F(EnviTest, AHeaderGoesWithItsRasterAndNoOther) {
   open_with("samples", "4");
   EXPECT_NE(create(layer_, folder_.file("raster.ml"), 2, 2), 0);
   layer_.Close();
+  std::ofstream(folder_.file("raster.re")) << "the header is that of this one too";
+  EXPECT_NE(create(layer_, path_, 2, 2), 0);
+  layer_.Close();
+  EXPECT_THAT(folder_.names(), ElementsAre("raster.hdr", "raster.ml", "raster.ml.hdr", "raster.re",
+                                           "raster.tif", "raster.tif.hdr"));
+  for (const char* const name : {"raster.re", "raster.tif", "raster.tif.hdr"}) {
+    std::filesystem::remove(folder_.file(name));
+  }
+  open_with("samples", "4");
   EXPECT_THAT(folder_.names(),
               ElementsAre("raster.hdr", "raster.ml", "raster.ml.hdr", "raster.tif"));
   ASSERT_NE(create(layer_, path_, 2, 2) * layer_.WriteRow(&value, 1, 0, 1, 1), 0) << failure();

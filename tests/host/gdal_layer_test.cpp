@@ -121,6 +121,7 @@ TEST_F(LayerTest, CreationOptionsServeOneFileAndAreChecked) {
     ASSERT_NE(open(layer_, path_), 0) << "a sparse file is whole: " << failure();
     EXPECT_EQ(row(0)[0], written == 0 ? 1.0f : 0.0f);
   }
+  EXPECT_EQ(create(layer_, path_, 100000, 100000, {"BIGTIFF=NO"}), 0);
   for (const char* const option : {"COMPRES=DEFLATE", "COMPRESS=UNHEARD_OF", "COMPRESS"}) {
     EXPECT_EQ(create(layer_, path_, 8, 8, {option}), 0) << option;
     EXPECT_THAT(failure(), ::testing::AllOf(HasSubstr(path_), HasSubstr("COMPRES")));

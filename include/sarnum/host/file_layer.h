@@ -9,8 +9,11 @@
 /// A host built without GDAL (SARNUM_RASTER=envi, as on Windows) opens and creates files of flat
 /// samples with an ENVI header beside them, named like the file with ".hdr" appended, or in place
 /// of its extension. It reads the first band of all real types, interleaves and byte orders, and
-/// creates one band of floats in the machine's byte order, under the first of these names. The
-/// header that described a replaced file is removed.
+/// creates one band of floats in the machine's byte order, under the first of these names.
+///
+/// Paths are those of regular files and links to them (a host with GDAL opens all that GDAL opens).
+/// A link is followed: creating a raster writes the file that the link names, whose header, if it has
+/// one, lies beside that file.
 #ifndef SARNUM_HOST_FILE_LAYER_H
 #define SARNUM_HOST_FILE_LAYER_H
 
@@ -30,7 +33,8 @@ class SARNUM_HOST_API CFileLayer {
   explicit CFileLayer(CMeterInfoBase* meter);
   CFileLayer(const CFileLayer&) = delete;
   CFileLayer& operator=(const CFileLayer&) = delete;
-  /// Closes the file if it is open.
+  /// Releases the file if it is open. A created file that was not closed is removed: it may lack
+  /// rows, as after an exception of a meter.
   virtual ~CFileLayer();
 
   /// Opens the first band of an existing raster for reading; an open file is closed first.
@@ -46,11 +50,17 @@ class SARNUM_HOST_API CFileLayer {
   int Height();
   /// @}
 
-  /// Creates a raster of 32-bit floats, replacing an existing one and its sidecars; an open
-  /// file is closed first. GeoTIFFs that may pass 4 GiB become BigTIFF.
+  /// Creates a raster of 32-bit floats; an open file is closed first. GeoTIFFs that may pass 4 GiB
+  /// become BigTIFF.
+  ///
+  /// An existing file is overwritten in place: links to it stay, and so do its permissions. The
+  /// files of its name with ".aux.xml", ".ovr" or ".msk" appended are removed, and an ENVI header
+  /// under another name if it described this file and no other. All other files stay as they are,
+  /// also those that GDAL would read with this one.
   /// @param width, height  at least 1.
   /// @param type, mode, format, extra, flag  7, 273, 7, null, 0.
-  /// @return 0 for any other values and when the file cannot be created.
+  /// @return 0 for any other values, when the path names anything but a regular file (a folder, a
+  ///         device, a FIFO …), which is left alone, and when the file cannot be created.
   int Create(const char* path, int width, int height, int type, unsigned long mode,
              unsigned long format, ExtraTag* extra, int flag);
 
@@ -79,7 +89,8 @@ class SARNUM_HOST_API CFileLayer {
   int ShiftBlock(int rows, int d);
 
   /// Finishes and closes the file: what was written to a created file is then complete on
-  /// disk. A created file that could not take all of it is removed. Closing a layer that is not
+  /// disk. A created file that could not take all of it is removed (of a link the file that it
+  /// names). Closing a layer that is not
   /// open does nothing.
   void Close();
 

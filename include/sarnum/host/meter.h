@@ -5,7 +5,7 @@
 /// Every operation does nothing by default. The library calls a meter on the thread that runs
 /// the operation, and only SetRange, SetStep, SetText, SetPos and StepIt. A text is valid
 /// during the call only. Exceptions thrown by an override pass through the library, which
-/// releases its storage; a raster being written is then incomplete.
+/// releases its storage and destroys its raster layers, without closing them.
 ///
 /// The order of the virtual operations is an interface in itself (applications call through
 /// it), so none may be added before or between them, a virtual destructor included: do not

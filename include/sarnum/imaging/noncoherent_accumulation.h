@@ -27,7 +27,8 @@
 /// @param looksDown   rows averaged into one, 1 … 36; may exceed the height.
 /// @param meter       shows "Initialization", "Multilooking" (one step an output row) and
 ///                    "Statistics counting" (the files are being closed; no statistics are
-///                    computed).
+///                    computed). What it throws passes through; the layers are destroyed, and the
+///                    standalone host removes an output that was not closed.
 /// @return 1 when the output was written; 0 when the input could not be opened (then no
 ///         output was created) or the output could not be created. Arguments outside the
 ///         bounds, a null meter included, give 0 before any file is touched. A row that could

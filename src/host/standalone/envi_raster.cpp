@@ -4,6 +4,8 @@
 //
 // Files are opened by the C library because it takes the path as the application's other calls do,
 // in the character set of the system.
+#include <dirent.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <cstdint>
@@ -12,11 +14,11 @@
 #include <limits>
 #include <memory>
 #include <string>
-#include <system_error>
 #include <utility>
 #include <vector>
 
 #include "host/standalone/envi_header.h"
+#include "host/standalone/output_target.h"
 #include "host/standalone/raster_file.h"
 #include "host/standalone/raster_status.h"
 #include "sarnum/host/standalone.h"
@@ -24,14 +26,6 @@
 namespace sarnum::host {
 
 namespace {
-
-std::string system_reason() noexcept {
-  try {
-    return std::generic_category().message(errno != 0 ? errno : EIO);
-  } catch (const std::exception&) {
-    return "out of memory";
-  }
-}
 
 /// A file of any size, or none.
 class File {
@@ -101,32 +95,82 @@ std::vector<std::string> header_names(const std::string& path) {
 struct OpenedRaster {
   File file;
   std::uint64_t bytes = 0;
-  std::string header_name;
   EnviHeader header;
 };
 
-/// @return why the raster cannot be read, or the empty string.
-std::string open_with_header(const std::string& path, OpenedRaster& raster) {
+/// @return why the file cannot be read, or the empty string.
+std::string open_to_read(const std::string& path, File& file) {
+  std::string reason = why_not_a_file(path);
+  if (reason.empty() && !(file = File(path, "rb")).is_open()) {
+    reason = system_reason();
+  }
+  return reason;
+}
+
+/// @return what is wrong with an open header, or the empty string.
+std::string read_header(File& file, EnviHeader& header) {
   constexpr std::uint64_t longest_header = std::uint64_t{1} << 24;
-  raster.file = File(path, "rb");
-  if (!raster.file.is_open()) {
-    return system_reason();
+  const std::uint64_t length = file.size();
+  std::string text(length <= longest_header ? static_cast<std::size_t>(length) : 0, ' ');
+  return text.empty() || !file.read(0, text.data(), text.size()) ? "it cannot be read"
+                                                                 : parse_envi_header(text, header);
+}
+
+/// The same of a raster. Its header may lie beside a link to it, or beside what that names.
+std::string open_with_header(const std::string& path, OpenedRaster& raster) {
+  std::string reason = open_to_read(path, raster.file);
+  if (!reason.empty()) {
+    return reason;
   }
   raster.bytes = raster.file.size();
-  for (std::string& name : header_names(path)) {
-    File header(name, "rb");
-    if (!header.is_open()) {
-      continue;
+  for (const std::string& place : {path, target_of(path)}) {
+    for (const std::string& name : header_names(place)) {
+      if (File file; open_to_read(name, file).empty()) {
+        reason = read_header(file, raster.header);
+        return reason.empty() ? "" : "the header '" + name + "': " + reason;
+      }
     }
-    const std::uint64_t length = header.size();
-    std::string text(length <= longest_header ? static_cast<std::size_t>(length) : 0, ' ');
-    std::string complaint = text.empty() || !header.read(0, text.data(), text.size())
-                                ? "it cannot be read"
-                                : parse_envi_header(text, raster.header);
-    raster.header_name = std::move(name);
-    return complaint.empty() ? "" : "the header '" + raster.header_name + "': " + complaint;
   }
   return "there is no header '" + path + ".hdr'";
+}
+
+/// Whether no file but that one can have this header: none has the same name up to an extension,
+/// without a header of its own. If the folder cannot be listed there may be others.
+bool is_of_one_raster(const std::string& header, const std::string& path) {
+  const std::size_t slash = header.find_last_of("/\\") + 1;
+  const std::string stem = header.substr(slash, header.rfind('.') - slash);
+  const std::string own = path.substr(slash);
+  const std::unique_ptr<DIR, int (*)(DIR*)> folder(
+      opendir(slash == 0 ? "." : header.substr(0, slash).c_str()), closedir);
+  std::vector<std::string> names;
+  for (dirent* entry = nullptr; folder != nullptr && (entry = readdir(folder.get())) != nullptr;) {
+    names.emplace_back(entry->d_name);
+  }
+  const auto has_it = [&](const std::string& name) {
+    const bool is_part = name.ends_with(".hdr") || name.starts_with(own + '.');
+    return !is_part && name != own && (name == stem || name.starts_with(stem + '.')) &&
+           std::find(names.begin(), names.end(), name + ".hdr") == names.end();
+  };
+  return folder != nullptr && std::none_of(names.begin(), names.end(), has_it);
+}
+
+/// The headers under other names than `kept` that describe a raster and nothing else.
+std::vector<std::string> own_headers(const std::string& path, const std::string& kept) {
+  std::vector<std::string> own;
+  File raster;
+  if (!open_to_read(path, raster).empty()) {
+    return own;
+  }
+  for (const std::string& name : header_names(path)) {
+    File file;
+    EnviHeader header;
+    if (target_of(name) != kept && open_to_read(name, file).empty() &&
+        read_header(file, header).empty() && header.fills(raster.size()) &&
+        is_of_one_raster(name, path)) {
+      own.push_back(name);
+    }
+  }
+  return own;
 }
 
 std::string if_too_short(const std::string& path, const OpenedRaster& raster) {
@@ -143,21 +187,21 @@ class EnviRaster final : public RasterFile {
  public:
   explicit EnviRaster(OpenedRaster raster)
       : raster_(std::move(raster)), width_(raster_.header.width), height_(raster_.header.height) {}
-  EnviRaster(std::string path, int width, int height)
-      : created_(std::move(path)), width_(width), height_(height) {}
+  EnviRaster(int width, int height) : width_(width), height_(height) {}
 
   int width() const override { return width_; }
   int height() const override { return height_; }
   bool read(int row, int count, float* to, std::string& reason) override;
   bool write(const float* from, int column, int row, int count, std::string& reason) override;
+  void abandon() noexcept override { is_broken_ = true; }
   bool close(std::string& reason) noexcept override;
 
   /// Makes both files, or none.
-  bool create(std::string& reason);
+  bool create(const std::string& path, std::string& reason);
 
  private:
   OpenedRaster raster_;
-  std::string created_;  ///< the path of a created raster
+  std::vector<std::string> created_;  ///< the files to be removed if they cannot be completed
   int width_;
   int height_;
   std::vector<unsigned char> samples_;  ///< a row as the file has it
@@ -196,38 +240,48 @@ bool EnviRaster::write(const float* from, int column, int row, int count, std::s
   return false;
 }
 
-bool EnviRaster::create(std::string& reason) {
+bool EnviRaster::create(const std::string& path, std::string& reason) {
+  const std::string target = target_of(path);
+  const std::string header_name = header_names(target).front();
+  const auto fail_with_header = [&](const std::string& why) {
+    reason = "its header '" + header_name + "': " + why;
+    return false;
+  };
+  if (reason = why_not_a_file(path); !reason.empty()) {
+    return false;
+  }
+  if (const std::string why = why_not_a_file(header_name); !why.empty()) {
+    return fail_with_header(why);
+  }
   // All storage is had before a file is touched.
   const std::string text = envi_header_text(width_, height_);
-  const std::string name = header_names(created_).front();
-  raster_.header_name = name;
-  OpenedRaster replaced;
-  const bool has_header =
-      open_with_header(created_, replaced).empty() && replaced.header.fills(replaced.bytes);
-  replaced.file.close();
-  raster_.file = File(created_, "wb");
+  created_ = {target, target_of(header_name)};
+  std::vector<std::string> stale;
+  for (const std::string& place : {path, target}) {
+    for (const auto& names : {own_headers(place, created_.back()), companions_of(place)}) {
+      stale.insert(stale.end(), names.begin(), names.end());
+    }
+  }
+  raster_.file = File(path, "wb");
   if (!raster_.file.is_open()) {
     reason = system_reason();
     return false;
   }
-  // With the file that is replaced goes its header under another name: it describes another image.
-  if (has_header) {
-    std::remove(replaced.header_name.c_str());
+  // With the file that is replaced goes what describes it under other names: this is another image.
+  for (const std::string& name : stale) {
+    std::remove(name.c_str());
   }
-  if (File header(name, "wb"); !header.is_open()) {
-    reason = system_reason();
-    raster_.header_name.clear();
-    is_broken_ = true;
-  } else if (!header.write(0, text.data(), text.size()) || !header.close()) {
-    reason = system_reason();
-    is_broken_ = true;
+  File header(header_name, "wb");
+  if (!header.is_open()) {
+    created_.pop_back();
   }
-  if (is_broken_) {
-    std::string of_closing;
-    close(of_closing);
-    reason = "its header '" + name + "': " + reason;
+  if (header.is_open() && header.write(0, text.data(), text.size()) && header.close()) {
+    return true;
   }
-  return !is_broken_;
+  const std::string why = system_reason();
+  abandon();
+  close(reason);
+  return fail_with_header(why);
 }
 
 bool EnviRaster::close(std::string& reason) noexcept {
@@ -244,9 +298,10 @@ bool EnviRaster::close(std::string& reason) noexcept {
     reason = system_reason();
     finished = false;
   }
-  if (!finished && is_created) {
-    std::remove(created_.c_str());
-    std::remove(raster_.header_name.c_str());
+  for (const std::string& name : created_) {
+    if (!finished) {
+      std::remove(name.c_str());
+    }
   }
   return finished;
 }
@@ -258,10 +313,6 @@ std::unique_ptr<RasterFile> open_raster_file(const char* path, std::string& reas
   reason = open_with_header(path, raster);
   if (reason.empty()) {
     reason = if_too_short(path, raster);
-    char sample = 0;  // a folder can be opened, and has a size
-    if (reason.empty() && !raster.file.read(raster.header.first, &sample, 1)) {
-      reason = system_reason();
-    }
   }
   return reason.empty() ? std::make_unique<EnviRaster>(std::move(raster)) : nullptr;
 }
@@ -273,8 +324,8 @@ std::unique_ptr<RasterFile> create_raster_file(const char* path, int width, int 
     reason = "option '" + options.front() + "' is not known: rasters of flat samples have none";
     return nullptr;
   }
-  auto raster = std::make_unique<EnviRaster>(path, width, height);
-  return raster->create(reason) ? std::move(raster) : nullptr;
+  auto raster = std::make_unique<EnviRaster>(width, height);
+  return raster->create(path, reason) ? std::move(raster) : nullptr;
 }
 
 const char* missing_samples(const char* path) noexcept {

@@ -33,7 +33,8 @@ class CFileLayer::Raster {
   static std::unique_ptr<Raster> open(const char* path);
   static std::unique_ptr<Raster> create(const char* path, int width, int height,
                                         const std::vector<std::string>& options);
-  ~Raster() { close(); }
+  /// A created file that was not closed is removed.
+  ~Raster();
   Raster(const Raster&) = delete;
   Raster& operator=(const Raster&) = delete;
 
@@ -46,6 +47,7 @@ class CFileLayer::Raster {
   float* row_address(int row);
   bool write(const void* data, int column, int row, int count);
   void shift(int rows);
+  void close() noexcept;
 
  private:
   Raster(const char* path, bool writable) : path_(path), writable_(writable) {}
@@ -57,7 +59,6 @@ class CFileLayer::Raster {
   }
   void load();
   void load_row(int row);
-  void close() noexcept;
   void remember(std::string_view action, std::string_view reason) noexcept {
     remember_raster_failure(action, path_, reason, lifetime_);
   }
@@ -196,6 +197,14 @@ void CFileLayer::Raster::shift(int rows) {
   }
 }
 
+CFileLayer::Raster::~Raster() {
+  if (file_ != nullptr && writable_) {
+    remember(write_action, "it was not closed");
+    file_->abandon();
+  }
+  close();
+}
+
 void CFileLayer::Raster::close() noexcept {
   std::string reason;
   if (file_ != nullptr && !file_->close(reason)) {
@@ -317,5 +326,8 @@ int CFileLayer::ShiftBlock(int rows, int d) {
 }
 
 void CFileLayer::Close() {
+  if (raster_ != nullptr) {
+    raster_->close();
+  }
   raster_.reset();
 }

@@ -15,13 +15,16 @@
 #include <algorithm>
 #include <cstdint>
 #include <exception>
+#include <limits>
 #include <memory>
 #include <mutex>
 #include <new>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "host/standalone/missing_samples.h"
+#include "host/standalone/output_target.h"
 #include "host/standalone/raster_file.h"
 
 namespace sarnum::host {
@@ -79,9 +82,12 @@ struct DatasetCloser {
 };
 using DatasetHandle = std::unique_ptr<GDALDataset, DatasetCloser>;
 
-bool file_exists(const std::string& path) {
+/// A number that no file has where there is none.
+std::uint64_t size_of(const std::string& path) {
   VSIStatBufL status;
-  return VSIStatExL(path.c_str(), &status, VSI_STAT_EXISTS_FLAG) == 0;
+  return VSIStatExL(path.c_str(), &status, VSI_STAT_EXISTS_FLAG | VSI_STAT_SIZE_FLAG) == 0
+             ? static_cast<std::uint64_t>(status.st_size)
+             : std::numeric_limits<std::uint64_t>::max();
 }
 
 /// Why an opened dataset cannot be delivered as rows of floats; empty when it can.
@@ -112,7 +118,9 @@ std::string obstacle(GDALDataset& dataset) {
 
 class GdalRaster final : public RasterFile {
  public:
-  GdalRaster(const char* path, bool writable) : path_(path), writable_(writable) {}
+  GdalRaster() = default;
+  /// Of a file that is created.
+  explicit GdalRaster(std::string target) : target_(std::move(target)), writable_(true) {}
   void adopt(DatasetHandle dataset);
 
   int width() const override { return dataset_->GetRasterXSize(); }
@@ -121,6 +129,7 @@ class GdalRaster final : public RasterFile {
   bool read(int row, int count, float* to, std::string& reason) override;
   void pass(int row) override;
   bool write(const float* from, int column, int row, int count, std::string& reason) override;
+  void abandon() noexcept override { is_broken_ = true; }
   bool close(std::string& reason) noexcept override;
 
  private:
@@ -128,8 +137,8 @@ class GdalRaster final : public RasterFile {
   void trim_cache(int rows);
   bool finish(std::string& reason);
 
-  std::string path_;
-  bool writable_;
+  std::string target_;
+  bool writable_ = false;
   DatasetHandle dataset_;
   int block_height_ = 1;
   /// A raster of other files, which are read past its own blocks.
@@ -258,7 +267,7 @@ bool GdalRaster::finish(std::string& reason) {
                                                  0, 0, nullptr) != CE_None;
   }
   if (is_broken_) {
-    if (VSILFILE* const file = VSIFOpenL(path_.c_str(), "wb")) {
+    if (VSILFILE* const file = VSIFOpenL(target_.c_str(), "wb")) {
       VSIFCloseL(file);
     }
   }
@@ -284,7 +293,7 @@ bool GdalRaster::close(std::string& reason) noexcept {
     reason = "out of memory";
   }
   if (writable_ && !finished) {
-    VSIUnlink(path_.c_str());
+    VSIUnlink(target_.c_str());
   }
   return finished;
 }
@@ -316,7 +325,7 @@ std::unique_ptr<RasterFile> open_raster_file(const char* path, std::string& reas
   if (!reason.empty()) {
     return nullptr;
   }
-  auto raster = std::make_unique<GdalRaster>(path, false);
+  auto raster = std::make_unique<GdalRaster>();
   raster->adopt(std::move(dataset));
   return raster;
 }
@@ -337,7 +346,7 @@ std::unique_ptr<RasterFile> create_raster_file(const char* path, int width, int 
   }
 
   GDALDriver* const driver = GetGDALDriverManager()->GetDriverByName("GTiff");
-  if (driver == nullptr) {
+  if (driver == nullptr || driver->pfnCreate == nullptr) {
     reason = "GDAL was built without GeoTIFF";
     return nullptr;
   }
@@ -349,20 +358,31 @@ std::unique_ptr<RasterFile> create_raster_file(const char* path, int width, int 
       return nullptr;
     }
   }
+  if (reason = why_not_a_file(path); !reason.empty()) {
+    return nullptr;
+  }
   // All storage is had before the file is touched.
-  auto raster = std::make_unique<GdalRaster>(path, true);
+  const std::string target = target_of(path);
+  auto raster = std::make_unique<GdalRaster>(target);
+  std::vector<std::string> stale = companions_of(path);
+  for (std::string& name : companions_of(target)) {
+    stale.push_back(std::move(name));
+  }
   const GdalScope scope;
-  // With the file that is replaced go its sidecars, which describe another image.
-  GDALDriver::QuietDelete(path);
-  const bool something_remains = file_exists(path);
+  const std::uint64_t old_size = size_of(target);
+  // GDALDriver::Create() would first delete what it finds under that name, whatever it is, with all
+  // files that belong to it in GDAL's eyes: other bands of a scene share some of them.
   DatasetHandle dataset(
-      driver->Create(path, width, height, 1, GDT_Float32, creation_options.List()));
+      driver->pfnCreate(path, width, height, 1, GDT_Float32, creation_options.List()));
   if (dataset == nullptr) {
     reason = scope.reason();
-    if (!something_remains && file_exists(path)) {
-      VSIUnlink(path);
+    if (size_of(target) != old_size) {
+      VSIUnlink(target.c_str());
     }
     return nullptr;
+  }
+  for (const std::string& name : stale) {
+    VSIUnlink(name.c_str());
   }
   forbid_sidecar(*dataset);
   raster->adopt(std::move(dataset));

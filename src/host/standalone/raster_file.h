@@ -30,8 +30,11 @@ class RasterFile {
   /// Of a created file. The values lie inside of it.
   virtual bool write(const float* from, int column, int row, int count, std::string& reason) = 0;
 
+  /// Of a created file: it is not to be completed.
+  virtual void abandon() noexcept = 0;
+
   /// Completes the file and closes it; nothing is called after that. A created file that misses
-  /// something that was written to it is removed.
+  /// something that was written to it, or was abandoned, is removed.
   virtual bool close(std::string& reason) noexcept = 0;
 };
 
