@@ -61,4 +61,29 @@ TEST_F(ToolTest, SpectrumIsTheDefinitionAndComesBack) {
   }
 }
 
+TEST_F(ToolTest, SpectrumRefusesWhatIsNotFiniteOrMakesItZero) {
+  const double bad[] = {NAN, INFINITY, -INFINITY, NAN};
+  for (const GDALDataType type : {GDT_Float32, GDT_CFloat64}) {
+    const auto filled = [&](bool with_bad) {
+      return [&, with_bad](int x, int y) {
+        const bool is_bad = y == 2 && x % 5 == 0;
+        const double value = !is_bad ? 1 + x * y : with_bad ? bad[x / 5] : 0;
+        return type == GDT_CFloat64 ? Sample(is_bad ? 0 : x, value) : Sample(value);
+      };
+    };
+    make("in.tif", width, height, type, filled(true));
+    make("zeros.tif", width, height, type, filled(false));
+    for (const std::string option : {"", " --centred"}) {
+      const ToolRun refused = run("spectrum -q in.tif none.tif" + option);
+      EXPECT_EQ(refused.status, 1);
+      EXPECT_THAT(refused.err, HasSubstr(": 4 samples of 'in.tif' are NaN or infinite"));
+      run_silently("spectrum zeros.tif expected.tif --overwrite" + option);
+      run_silently("spectrum in.tif out.tif --overwrite --nodata zero" + option);
+      Raster expected = read("expected.tif");
+      expect_samples("out.tif", width, height, [&](int x, int y) { return expected.at(x, y); });
+    }
+    EXPECT_THAT(names(), ::testing::Not(::testing::Contains("none.tif")));
+  }
+}
+
 }  // namespace

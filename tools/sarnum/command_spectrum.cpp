@@ -7,9 +7,12 @@
 #include <sarnum/sarnum.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <new>
+#include <span>
 
 #include "commands.h"
 #include "description.h"
@@ -130,10 +133,48 @@ bool has_zero_in_the_middle(const RasterInput& spectrum) {
   return where != nullptr && EQUAL(where, in_the_middle);
 }
 
-void read(const RasterInput& input, ComplexRaster& raster, ProgressSpan progress) {
+/// Reads the input into the first part of the rows. One sample that is not finite makes all of a
+/// spectrum NaN, and samples without a meaning change all of it: the former are refused and the
+/// latter warned of, unless both are to be zero.
+void read(const RasterInput& input, ComplexRaster& raster, bool makes_gaps_zero,
+          ProgressSpan progress) {
+  const std::size_t pixel_bytes = input.type().bytes();
+  SampleReader reader(input, 1, false);
+  const std::span<double> re = reader.re();
+  const std::span<const double> im = reader.im();
+  const auto is_finite = [&](std::size_t i) {
+    return std::isfinite(re[i]) && (im.empty() || std::isfinite(im[i]));
+  };
+  std::int64_t not_finite = 0;
+  std::int64_t unsuitable = 0;
   for (int y = 0; y < input.height(); ++y) {
-    input.read_rows(y, 1, raster.row(y));
+    reader.read(y, 1);
+    for (std::size_t i = 0; i < re.size(); ++i) {
+      not_finite += is_finite(i) ? 0 : 1;
+    }
+    input.gaps().mark(0, y, input.width(), re, im);
+    auto* pixel = static_cast<std::byte*>(raster.row(y));
+    std::copy_n(reader.pixels(), re.size() * pixel_bytes, pixel);
+    for (std::size_t i = 0; i < re.size(); ++i, pixel += pixel_bytes) {
+      const auto is_set = [](std::byte byte) { return byte != std::byte{0}; };
+      if (!is_finite(i) && std::any_of(pixel, pixel + pixel_bytes, is_set)) {
+        ++unsuitable;
+        if (makes_gaps_zero) {
+          std::fill_n(pixel, pixel_bytes, std::byte{0});
+        }
+      }
+    }
     progress.update((y + 1.0) / input.height());
+  }
+  if (!makes_gaps_zero && not_finite > 0) {
+    throw Failure(std::to_string(not_finite) + " samples of " + in_quotes(input.path()) +
+                  " are NaN or infinite and would make all of the result NaN; --nodata zero makes "
+                  "them zero");
+  }
+  if (!makes_gaps_zero && unsuitable > 0) {
+    warn(std::to_string(unsuitable) + " samples of " + in_quotes(input.path()) +
+         " are nodata or masked but not zero, and are transformed like all others; --nodata zero "
+         "makes them zero");
   }
 }
 
@@ -141,7 +182,7 @@ void transform(const SpectrumArguments& arguments, const RasterInput& input, Com
                Progress& progress) {
   constexpr double end_of_reading = 0.05;
   constexpr double end_of_transform = 0.9;
-  read(input, raster, {progress, 0.0, end_of_reading});
+  read(input, raster, arguments.nodata == "zero", {progress, 0.0, end_of_reading});
   ProgressMeter<CMeterInfo> meter({progress, end_of_reading, end_of_transform});
   CFFTClass fourier;
   if (arguments.inverse) {

@@ -6,7 +6,7 @@
 #include <filesystem>
 #include <limits>
 
-#include "description.h"
+#include "gaps.h"
 #include "geotiff.h"
 #include "messages.h"
 
@@ -133,7 +133,7 @@ void draw_raster(const OutputFile& raster, const OutputFile& picture) {
     fail_to_write(raster, gdal_failure());
   }
   GDALRasterBand& band = *dataset->GetRasterBand(1);
-  const std::optional<double> nodata = nodata_of(band);
+  const Gaps gaps(band, raster.name());
   const int width = band.GetXSize();
   constexpr Picture::Stretch for_images{2.0, 98.0};
   Picture image(width, band.GetYSize(), for_images);
@@ -143,9 +143,7 @@ void draw_raster(const OutputFile& raster, const OutputFile& picture) {
         CE_None) {
       fail_to_write(raster, gdal_failure());
     }
-    std::replace_if(
-        row.begin(), row.end(), [&](double value) { return is_nodata(value, nodata); },
-        static_cast<double>(no_value));
+    gaps.mark(0, y, width, row, {});
     image.add_row(row);
   }
   image.write(picture);

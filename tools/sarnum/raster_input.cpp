@@ -16,7 +16,6 @@
 #include <cstring>
 #include <optional>
 
-#include "description.h"
 #include "messages.h"
 
 namespace sarnum::tool {
@@ -253,6 +252,7 @@ RasterInput::RasterInput(const std::string& path) : path_(path) {
   }
   limit_gdal_cache(band());
   type_ = pixel_type(band());
+  gaps_.emplace(band(), path);
   check_for_holes(path, *dataset_);
   if (const std::string missing = host::missing_samples(path.c_str()); !missing.empty()) {
     throw Failure(missing);
@@ -265,7 +265,7 @@ RasterInput::RasterInput(const std::string& path) : path_(path) {
   collect_files(path, *dataset_, 0, files_);
   if (dataset_->GetRasterCount() > 1) {
     warn(in_quotes(path) + " has " + std::to_string(dataset_->GetRasterCount()) +
-         " bands; only band 1 is used");
+         " bands; only band 1 is used" + (gaps_->has_mask() ? ", with its mask" : ""));
   }
 }
 
@@ -281,13 +281,9 @@ void RasterInput::read_first_sample() const {
 }
 
 void RasterInput::read_rows(int first, int count, void* pixels) const {
-  read_rows(first, count, type_.delivered_as, pixels);
-}
-
-void RasterInput::read_rows(int first, int count, GDALDataType type, void* pixels) const {
   forget_gdal_messages();
-  if (band().RasterIO(GF_Read, 0, first, width(), count, pixels, width(), count, type, 0, 0,
-                      nullptr) != CE_None ||
+  if (band().RasterIO(GF_Read, 0, first, width(), count, pixels, width(), count, type_.delivered_as,
+                      0, 0, nullptr) != CE_None ||
       !gdal_failure().empty()) {
     fail_with_gdal_reason((count == 1 ? "cannot read row " + std::to_string(first)
                                       : "cannot read rows " + std::to_string(first) + " to " +
@@ -299,6 +295,29 @@ void RasterInput::read_rows(int first, int count, GDALDataType type, void* pixel
 int RasterInput::rows_in_a_block() const {
   constexpr int pixels_in_a_block = 1 << 18;
   return std::clamp(pixels_in_a_block / width(), 1, height());
+}
+
+SampleReader::SampleReader(const RasterInput& input, int most_rows, bool marks_gaps)
+    : input_(input),
+      marks_gaps_(marks_gaps),
+      count_(size(most_rows)),
+      pixels_(size(most_rows) * input.type().bytes()),
+      re_(size(most_rows)),
+      im_(input.type().is_complex() ? size(most_rows) : 0) {}
+
+void SampleReader::read(int first, int rows) {
+  count_ = size(rows);
+  const auto count = static_cast<int>(count_);
+  const int code = input_.type().code;
+  input_.read_rows(first, rows, pixels_.data());
+  if (input_.type().is_complex()) {
+    Transform_to_double(pixels_.data(), code, re_.data(), im_.data(), count);
+  } else {
+    Transform_to_double(pixels_.data(), code, re_.data(), count);
+  }
+  if (marks_gaps_) {
+    input_.gaps().mark(0, first, input_.width(), re(), im());
+  }
 }
 
 bool is_label_of_decibels(const std::string& label) {
@@ -319,15 +338,14 @@ std::string RasterInput::sign_of_decibels() const {
       return "it is labelled " + in_quotes(word);
     }
   }
-  const std::optional<double> nodata = nodata_of(band());
+  SampleReader reader(*this, 1);
   constexpr int most_rows = 16;
   const int rows = std::min(most_rows, height());
-  std::vector<double> row(static_cast<std::size_t>(width()));
   for (int k = 0; k < rows; ++k) {
     const std::int64_t middle = (2 * std::int64_t{k} + 1) * height() / (2 * std::int64_t{rows});
-    read_rows(static_cast<int>(middle), 1, GDT_Float64, row.data());
-    if (std::any_of(row.begin(), row.end(),
-                    [&](double value) { return value < 0 && !is_nodata(value, nodata); })) {
+    reader.read(static_cast<int>(middle), 1);
+    const std::span<const double> row = reader.re();
+    if (std::any_of(row.begin(), row.end(), [](double value) { return value < 0; })) {
       return "it has values below zero";
     }
   }
