@@ -76,6 +76,18 @@ class ComplexRaster {
     std::rotate(rows_.begin(), rows_.begin() + height_ / 2, rows_.end());
   }
 
+  /// Exchanges the real and imaginary parts of all samples, which are doubles, and multiplies them.
+  void exchange_parts(double factor) {
+    for (int y = 0; y < height_; ++y) {
+      auto* const parts = static_cast<double*>(row(y));
+      for (std::ptrdiff_t i = 0; i < 2 * std::ptrdiff_t{width_}; i += 2) {
+        const double re = parts[i];
+        parts[i] = parts[i + 1] * factor;
+        parts[i + 1] = re * factor;
+      }
+    }
+  }
+
   /// Squared magnitudes of a row.
   void power(int y, std::vector<double>& out) {
     std::vector<double> im(out.size());
@@ -178,6 +190,16 @@ void read(const RasterInput& input, ComplexRaster& raster, bool makes_gaps_zero,
   }
 }
 
+/// In double precision, which CFFTClass::IFFT_2D does not keep: the forward transform is the
+/// inverse one when the parts of samples are exchanged before and after. What it divides by is a
+/// power of two, so multiplying by that again is exact.
+void inverse_of_doubles(ComplexRaster& raster, CMeterInfo& meter) {
+  raster.exchange_parts(1.0);
+  CFFTClass().FFT_2D(raster.rows(), raster.rows(), raster.width(), raster.height(), raster.code(),
+                     &meter);
+  raster.exchange_parts(static_cast<double>(raster.width()) * raster.height());
+}
+
 void transform(const SpectrumArguments& arguments, const RasterInput& input, ComplexRaster& raster,
                Progress& progress) {
   constexpr double end_of_reading = 0.05;
@@ -189,8 +211,12 @@ void transform(const SpectrumArguments& arguments, const RasterInput& input, Com
     if (arguments.centred || has_zero_in_the_middle(input)) {
       raster.exchange_halves();
     }
-    fourier.IFFT_2D(raster.rows(), raster.rows(), raster.width(), raster.height(), raster.code(),
-                    &meter);
+    if (raster.code() == TD_COMPLEX_FLOAT64) {
+      inverse_of_doubles(raster, meter);
+    } else {
+      fourier.IFFT_2D(raster.rows(), raster.rows(), raster.width(), raster.height(), raster.code(),
+                      &meter);
+    }
   } else if (arguments.centred) {
     fourier.FFT_2D_NEW(raster.rows(), raster.rows(), input.width(), input.height(),
                        input.type().code, 1, &meter);
