@@ -181,4 +181,13 @@ TEST_F(ToolTest, AnInterruptedRunLeavesNothingBehind) {
   }
 }
 
+TEST_F(ToolTest, ItsSparseOutputIsWhole) {
+  make("in.tif", 300, 200, GDT_Float32, [](int, int) { return Sample(0); });
+  for (const std::string& command : commands) {
+    run_silently(command + "-q --co SPARSE_OK=TRUE");
+    run_silently("stats out.tif");
+    run_silently("info out.tif");
+  }
+}
+
 }  // namespace

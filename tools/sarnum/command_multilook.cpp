@@ -195,6 +195,7 @@ void average(const RasterInput& input, const OutputFile& output,
   }
   run_library(input, output, looks, arguments.creation_options, span);
   GDALDatasetUniquePtr dataset = reopen(output);
+  mark_if_sparse(*dataset, arguments.creation_options);
   description.apply(*dataset, output.name());
   close_written(std::move(dataset), output);
 }

@@ -16,6 +16,7 @@
 #include <cstring>
 #include <optional>
 
+#include "geotiff.h"
 #include "messages.h"
 
 namespace sarnum::tool {
@@ -143,8 +144,9 @@ std::optional<std::uint64_t> end_of_block(GDALRasterBand& band, int x, int y) {
 }
 
 /// Refuses a TIFF of which blocks were never written. GDAL reads them as zeros or nodata: they are
-/// the trace of an interrupted program, or meant so, which is believed where nodata marks them.
-/// Blocks beyond the end of the file are read likewise, and are never meant.
+/// the trace of an interrupted program, or meant so, which is believed where nodata marks them or
+/// the tool itself has left them out. Blocks beyond the end of the file are read likewise, and are
+/// never meant.
 void check_for_holes(const std::string& path, GDALDataset& dataset) {
   GDALRasterBand& band = *dataset.GetRasterBand(1);
   const GDALDriver* const driver = dataset.GetDriver();
@@ -160,6 +162,7 @@ void check_for_holes(const std::string& path, GDALDataset& dataset) {
   band.GetBlockSize(&block_width, &block_height);
   const int across = (band.GetXSize() - 1) / block_width + 1;
   const int down = (band.GetYSize() - 1) / block_height + 1;
+  const bool is_meant = is_marked_as_sparse(dataset);
   bool holes = false;
   for (int y = 0; y < down; ++y) {
     for (int x = 0; x < across; ++x) {
@@ -169,12 +172,12 @@ void check_for_holes(const std::string& path, GDALDataset& dataset) {
                       " bytes but its pixels reach byte " + std::to_string(*end) +
                       "; copy or make it again");
       }
-      if (!end && !nodata_of(band)) {
+      if (!end && !nodata_of(band) && !is_meant) {
         throw Failure(in_quotes(path) +
                       " is incomplete: parts of it were never written; make it again, or, if they "
                       "are meant to be zero, copy it with gdal_translate first");
       }
-      holes = holes || !end;
+      holes = holes || (!end && !is_meant);
     }
   }
   if (holes) {
