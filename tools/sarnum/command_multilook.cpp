@@ -104,8 +104,7 @@ void run_library(const RasterInput& input, const OutputFile& output, Looks looks
   host::clear_raster_failure();
   const int status = NoncoherentAccumulationR(output.temporary().c_str(), input.path().c_str(),
                                               looks.across, looks.down, &meter);
-  const std::string failure =
-      replaced(host::raster_failure(), output.temporary(), in_quotes(output.name()));
+  const std::string failure = with_name(host::raster_failure(), output.temporary(), output.name());
   if (status != 1 || !failure.empty()) {
     throw Failure(failure.empty() ? "multilooking of " + in_quotes(input.path()) + " to " +
                                         in_quotes(output.name()) + " failed"

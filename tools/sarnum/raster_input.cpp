@@ -15,6 +15,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <optional>
+#include <utility>
 
 #include "geotiff.h"
 #include "messages.h"
@@ -185,6 +186,33 @@ void check_for_holes(const std::string& path, GDALDataset& dataset) {
   }
 }
 
+/// The part of a file of several rasters that is most likely the image: complex, or else long in
+/// two directions, unlike a table or a list. Empty when there are no parts.
+std::string likeliest_image(GDALDataset& dataset) {
+  const CPLStringList parts(dataset.GetMetadata("SUBDATASETS"), FALSE);
+  const QuietStderr quiet;
+  std::string likeliest;
+  std::pair<bool, int> best{false, -1};
+  for (int k = 1;; ++k) {
+    const char* const name = parts.FetchNameValue(CPLString().Printf("SUBDATASET_%d_NAME", k));
+    if (name == nullptr) {
+      return likeliest;
+    }
+    std::pair<bool, int> rank{false, 0};
+    const GDALDatasetUniquePtr part(GDALDataset::Open(name, GDAL_OF_RASTER));
+    if (part != nullptr && part->GetRasterCount() > 0) {
+      forbid_sidecar(*part);
+      const int shorter_side = std::min(part->GetRasterXSize(), part->GetRasterYSize());
+      const GDALDataType type = part->GetRasterBand(1)->GetRasterDataType();
+      rank = {shorter_side > 1 && GDALDataTypeIsComplex(type) != 0, shorter_side};
+    }
+    if (rank > best) {
+      best = rank;
+      likeliest = name;
+    }
+  }
+}
+
 /// Adds the files of a raster. The parts of a virtual raster are looked into: they may lie in
 /// truncated or unfinished files, and consist of further files.
 void collect_files(const std::string& path, GDALDataset& dataset, int depth,
@@ -244,14 +272,13 @@ RasterInput::RasterInput(const std::string& path) : path_(path) {
   if (dataset_ == nullptr) {
     check_file(path, true);
     throw Failure("cannot open " + in_quotes(path) + ": " +
-                  replaced(gdal_failure(), path + ": ", ""));
+                  replaced(replaced(gdal_failure(), path + ": ", ""), "`" + path + "' ", "it is "));
   }
   forbid_sidecar(*dataset_);
   if (dataset_->GetRasterCount() < 1) {
-    const CPLStringList parts(dataset_->GetMetadata("SUBDATASETS"), FALSE);
-    const char* const part = parts.FetchNameValue("SUBDATASET_1_NAME");
+    const std::string part = likeliest_image(*dataset_);
     throw Failure(in_quotes(path) + " holds no raster band" +
-                  (part == nullptr ? "" : "; name one of its parts, e.g. " + in_quotes(part)));
+                  (part.empty() ? "" : "; name one of its parts, e.g. " + in_quotes(part)));
   }
   limit_gdal_cache(band());
   type_ = pixel_type(band());
