@@ -44,6 +44,9 @@ const struct {
     {1, "stats round_holes.vrt", "holes.tif' is incomplete"},
     {1, "stats MEM:::DATAPOINTER=8,PIXELS=8,LINES=8", "cannot open"},
     {1, "detect folder old.tif --overwrite", "is a folder"},
+    {1, "info complex.zarr", "/d_image'"},
+    {1, "info real.zarr", "/c_image'"},
+    {1, "info old.png", "'old.png': it is not recognized"},
     {1, "multilook truncated.tif out.tif --looks 2x2", "truncated.tif"},
     {1, "detect complex.tif /proc/out.tif", "/proc"},
     {1, "detect pipe.tif old.tif --overwrite", "not a regular file"},
@@ -70,6 +73,22 @@ TEST_F(ToolTest, ABadRunIsOneLineAndLeavesNoTrace) {
   make_virtual("sides.vrt", 48, 32, "CFloat32", "", "");
   make_virtual("round_holes.vrt", 64, 64, "Float32", "",
                "<SimpleSource><SourceFilename>holes.tif</SourceFilename></SimpleSource>");
+  // Of several arrays the image is named: the complex one, or else not a table or a list.
+  const auto add_array = [this](const std::string& name, const char* shape, const char* type) {
+    const std::string group = name.substr(0, name.find('/'));
+    std::filesystem::create_directories(file(name));
+    put_bytes(group + "/.zgroup", R"({"zarr_format": 2})");
+    put_bytes(name + "/.zarray",
+              CPLString().Printf(R"({"zarr_format": 2, "shape": [%s], "chunks": [%s], "dtype": "%s",
+                  "order": "C", "fill_value": 0, "compressor": null, "filters": null})",
+                                 shape, shape, type));
+  };
+  for (const std::string group : {"complex.zarr", "real.zarr"}) {
+    add_array(group + "/a_velocity", "90000, 3", "<f8");
+    add_array(group + "/b_time", "999999", "<c8");
+    add_array(group + "/c_image", "240, 180", "|u1");
+  }
+  add_array("complex.zarr/d_image", "60, 40", "<c8");
   put_bytes("truncated.tif", bytes("real.tif").substr(0, 5000));
   // Cut where a tile ends, so that no read comes up short.
   make("cut.tif", 64, 512, GDT_Float32, ramp, "TILED=YES");

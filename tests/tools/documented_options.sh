@@ -35,6 +35,6 @@ if command -v man >/dev/null; then
 fi
 
 cd "$sources"
-for expected in 'multilook=mu' 'skip=multilook a b --nodata s' 'main.cpp=info mai' '--from-db=multilook --from'; do
+for expected in 'multilook=mu' 'skip=multilook a b --nodata s' 'zero=spectrum --nodata z' 'main.cpp=info mai' '--from-db=multilook --from'; do
   [ "$(complete_words sarnum ${expected#*=})" = "${expected%%=*}" ] || fail "not completed: $expected"
 done

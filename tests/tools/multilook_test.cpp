@@ -88,6 +88,17 @@ TEST_F(ToolTest, MultilookUndoesAndMakesDecibels) {
   }
 }
 
+TEST_F(ToolTest, MultilookTakesSignedBytesAsSigned) {
+  make(
+      "in.tif", 8, 6, GDT_Byte, [](int x, int) { return Sample(x < 7 ? 246 : 40); },
+      "PIXELTYPE=SIGNEDBYTE");
+  run_silently("multilook in.tif out.tif --looks 4x3 --nodata skip -q");
+  expect_samples("out.tif", 2, 2, [](int x, int) { return x == 0 ? -10 : 2.5; });
+  run_silently("multilook in.tif out.tif --looks 4x3 --from-db --overwrite");
+  expect_samples("out.tif", 2, 2, [](int x, int) { return x == 0 ? 0.1F : 2500.075F; });
+  EXPECT_THAT(run("info in.tif").out, HasSubstr("decibel since it has values below zero"));
+}
+
 TEST_F(ToolTest, MultilookChoosesSquareLooks) {
   const auto placed = [this](const std::string& name, const std::string& dataset_xml) {
     make_virtual(name, 60, 60, "Float32", dataset_xml, "");
@@ -138,12 +149,13 @@ TEST_F(ToolTest, MultilookCarriesOverWhatInfoShows) {
                 "Georeferencing:   WGS 84 / UTM zone 31N (EPSG:32631), origin 500000, "
                 "4600000, pixel size 10 x -20, rotation 1, -2\n"
                 "Nodata:           -1\nUnit:             m2/m2\nEquivalent looks: not enough"));
-  EXPECT_THAT(run("info --json placed.vrt").out,
-              ::testing::AllOf(HasSubstr("\"file\": \"placed.vrt\",\n  \"driver\": \"VRT\""),
-                               HasSubstr("\"authority_code\": \"EPSG:32631\",\n  \"geotransform\": "
-                                         "[\n    500000.0,\n    10.0,\n    1.0,\n    4600000.0"),
-                               HasSubstr("\"nodata\": -1.0,\n  \"unit\": \"m2/m2\",\n  "
-                                         "\"equivalent_looks\": null")));
+  EXPECT_THAT(
+      run("info --json placed.vrt").out,
+      ::testing::AllOf(HasSubstr("\"file\": \"placed.vrt\",\n  \"driver\": \"VRT\""),
+                       HasSubstr("\"authority_code\": \"EPSG:32631\",\n  \"geotransform\": "
+                                 "[\n    500000.0,\n    10.0,\n    1.0,\n    4600000.0"),
+                       HasSubstr("\"nodata\": -1.0,\n  \"mask\": false,\n  \"unit\": \"m2/m2\",\n  "
+                                 "\"equivalent_looks\": null")));
   run_silently("multilook placed.vrt placed.tif -q --looks 4x5");
   run_silently("multilook points.vrt points.tif --looks 2x5");
   EXPECT_THAT(

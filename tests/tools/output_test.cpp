@@ -135,24 +135,26 @@ TEST(Progress, TellsTheTimeLeftOfLongWork) {
 
 TEST_F(ToolTest, AnInterruptedRunLeavesNothingBehind) {
   // Progress goes into a pipe that holds no more than its first half: the tool cannot end before
-  // the pipe is read, which is when it has been interfered with. By its temporary files, which
-  // come first in the folder, it is known: .sarnum-PID-NUMBER.tmp
+  // the pipe is read, which is when it has been interfered with.
   make("in.tif", 64, 64, GDT_Float32, texture);
-  const auto interfere = [this](const std::string& command, int progress,
+  const auto is_temporary = [](const std::string& name) { return name.starts_with(".sarnum-"); };
+  const auto interfere = [this](const std::string& command, int progress, int room,
                                 const std::function<void(pid_t)>& act) {
     mkfifo(streams_.file("err").c_str(), 0600);
     const int pipe = ::open(streams_.file("err").c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
-    const int filled = fcntl(pipe, F_GETPIPE_SZ) - 30;
+    const int filled = fcntl(pipe, F_GETPIPE_SZ) - room;
     std::string content(static_cast<std::size_t>(filled), '.');
     EXPECT_EQ(write(pipe, content.data(), content.size()), filled);
     auto ending = std::async(std::launch::async, [&] {
-      return run(command + " in.tif out.tif --picture out.png --progress").status;
+      return run(command + " in.tif out.tif --picture out.png --progress",
+                 "echo $$ >\"$streams\"/pid;")
+          .status;
     });
     for (int held = 0, waits = 0; held < filled + progress && waits < 60000; ++waits) {
       std::this_thread::sleep_for(std::chrono::milliseconds(1));
       ioctl(pipe, FIONREAD, &held);
     }
-    act(std::stoi(names().front().substr(8)));
+    act(std::stoi(bytes(streams_.file("pid"))));
     std::filesystem::remove(streams_.file("err"));
     while (ending.wait_for(std::chrono::milliseconds(1)) != std::future_status::ready) {
       [[maybe_unused]] const auto drained = ::read(pipe, content.data(), content.size());
@@ -162,22 +164,48 @@ TEST_F(ToolTest, AnInterruptedRunLeavesNothingBehind) {
   };
   // The first output is taken back when the second cannot be put in place.
   const auto appear = [this](pid_t) { put_bytes("out.png", "someone else's"); };
-  EXPECT_EQ(interfere("spectrum", 1, appear), 1);
+  EXPECT_EQ(interfere("spectrum", 1, 30, appear), 1);
   ASSERT_THAT(names(), ElementsAre("in.tif", "out.png"));
   EXPECT_EQ(bytes("out.png"), "someone else's");
   put_bytes("out.tif", "old");
+  const auto mode = std::filesystem::perms{0600};
+  std::filesystem::permissions(file("out.tif"), mode);
+  std::filesystem::permissions(file("out.png"), mode);
   const std::string averaging = "multilook --looks 2x2 --nodata skip --overwrite";
   for (const auto& [number, command, progress] : {std::tuple{SIGTERM, averaging, 26},
                                                   {SIGINT, "spectrum --overwrite", 1},
                                                   {SIGINT, averaging, 26}}) {
-    EXPECT_EQ(interfere(command, progress,
-                        [this, ending = number](pid_t tool) {
-                          EXPECT_GE(names().size(), 5U);
+    EXPECT_EQ(interfere(command, progress, 30,
+                        [&, ending = number](pid_t tool) {
+                          EXPECT_EQ(names().size(), 5U);
+                          for (const std::string& name : names()) {
+                            EXPECT_TRUE(!is_temporary(name) ||
+                                        std::filesystem::status(file(name)).permissions() == mode);
+                          }
                           kill(tool, ending);
                         }),
               128 + number);
     ASSERT_THAT(names(), ElementsAre("in.tif", "out.png", "out.tif"));
     EXPECT_EQ(bytes("out.tif"), "old");
+  }
+  // Once the files are in place, a signal cannot undo the work: there is room for all but "100".
+  EXPECT_EQ(interfere(averaging, 48, 50,
+                      [&](pid_t tool) {
+                        while (is_temporary(names().front())) {
+                          std::this_thread::sleep_for(std::chrono::milliseconds(1));
+                        }
+                        kill(tool, SIGTERM);
+                      }),
+            0);
+  EXPECT_EQ(read("out.tif").width, 32);
+}
+
+TEST_F(ToolTest, ItsSparseOutputIsWhole) {
+  make("in.tif", 300, 200, GDT_Float32, [](int, int) { return Sample(0); });
+  for (const std::string& command : commands) {
+    run_silently(command + "-q --co SPARSE_OK=TRUE");
+    run_silently("stats out.tif");
+    run_silently("info out.tif");
   }
 }
 

@@ -1,6 +1,5 @@
 // sarnum detect: pixels of any type to 32-bit floats, their intensity or amplitude.
 #include <cpl_string.h>
-#include <sarnum/sarnum.h>
 
 #include <algorithm>
 #include <cmath>
@@ -8,6 +7,7 @@
 #include <cstdint>
 #include <limits>
 #include <optional>
+#include <span>
 
 #include "commands.h"
 #include "description.h"
@@ -21,52 +21,29 @@
 namespace sarnum::tool {
 namespace {
 
-/// Whether detected samples can no longer be told from the nodata value by theirs: several values
-/// have one square. Zero alone stays what it is.
-bool loses_nodata(const RasterInput& input, bool amplitude) {
-  const std::optional<double> nodata = nodata_of(input.band());
-  return nodata && *nodata != 0.0 && (!amplitude || input.type().is_complex());
+/// Whether the pixels that hold no sample become NaN: there is a mask, or samples can no longer be
+/// told from the nodata value by theirs, since several values have one square. Zero alone stays
+/// what it is.
+bool makes_gaps_nan(const RasterInput& input, bool amplitude) {
+  const std::optional<double>& nodata = input.gaps().nodata();
+  return input.gaps().has_mask() ||
+         (nodata && *nodata != 0.0 && (!amplitude || input.type().is_complex()));
 }
 
-/// Detects a run of pixels and counts the samples that a 32-bit float cannot hold.
+/// Detects pixels and counts the samples that a 32-bit float cannot hold.
 class Detector {
  public:
-  /// @param nodata  samples of this value become NaN.
-  Detector(PixelType type, bool amplitude, int width, std::optional<double> nodata)
-      : type_(type),
-        amplitude_(amplitude),
-        nodata_(nodata),
-        re_(static_cast<std::size_t>(width)),
-        im_(static_cast<std::size_t>(width)),
-        missing_(static_cast<std::size_t>(width)) {}
+  explicit Detector(bool amplitude) : amplitude_(amplitude) {}
 
-  void detect_row(std::byte* pixels, float* out) {
-    const int count = static_cast<int>(re_.size());
-    if (nodata_ || !amplitude_) {
-      Transform_to_double(pixels, type_.code, re_.data(), im_.data(), count);
-    }
-    if (nodata_) {
-      std::transform(re_.begin(), re_.end(), im_.begin(), missing_.begin(),
-                     [this](double x, double y) {
-                       return static_cast<char>(is_nodata(x, nodata_) && y == 0.0);
-                     });
-    }
-    if (amplitude_) {
-      Transform_to_double(pixels, type_.code, re_.data(), count);
-    } else {
+  /// `im` is empty where all pixels are real.
+  void detect(std::span<const double> re, std::span<const double> im, float* out) {
+    for (std::size_t i = 0; i < re.size(); ++i) {
       // Squaring the parts, not the amplitude, spares the rounding of a square root.
-      for (std::size_t i = 0; i < re_.size(); ++i) {
-        re_[i] = re_[i] * re_[i] + im_[i] * im_[i];
-      }
-    }
-    for (std::size_t i = 0; i < re_.size(); ++i) {
-      if (missing_[i] != 0) {
-        out[i] = std::numeric_limits<float>::quiet_NaN();
-        continue;
-      }
-      out[i] = static_cast<float>(re_[i]);
+      const double power = re[i] * re[i] + (im.empty() ? 0 : im[i] * im[i]);
+      const double value = !amplitude_ ? power : im.empty() ? re[i] : std::sqrt(power);
+      out[i] = static_cast<float>(value);
       const bool is_lost =
-          (std::isinf(out[i]) && std::isfinite(re_[i])) || (out[i] == 0.0F && re_[i] != 0.0);
+          (std::isinf(out[i]) && std::isfinite(value)) || (out[i] == 0.0F && value != 0.0);
       lost_ += is_lost ? 1 : 0;
     }
   }
@@ -74,12 +51,7 @@ class Detector {
   std::int64_t lost() const { return lost_; }
 
  private:
-  PixelType type_;
   bool amplitude_;
-  std::optional<double> nodata_;
-  std::vector<double> re_;
-  std::vector<double> im_;
-  std::vector<char> missing_;
   std::int64_t lost_ = 0;
 };
 
@@ -102,7 +74,7 @@ void warn_of_input(const RasterInput& input, const DetectArguments& arguments) {
 Description described(const RasterInput& input, bool amplitude) {
   Description description(input);
   const bool changes = !amplitude || input.type().is_complex();
-  if (loses_nodata(input, amplitude)) {
+  if (makes_gaps_nan(input, amplitude)) {
     description.nodata = std::numeric_limits<double>::quiet_NaN();
   }
   if (!amplitude) {
@@ -126,18 +98,14 @@ Description described(const RasterInput& input, bool amplitude) {
 void detect(const RasterInput& input, GDALDataset& dataset, const OutputFile& output,
             bool amplitude, ProgressSpan progress) {
   const int rows = input.rows_in_a_block();
-  const auto width = static_cast<std::size_t>(input.width());
-  std::vector<std::byte> pixels(width * static_cast<std::size_t>(rows) * input.type().bytes());
-  std::vector<float> samples(width * static_cast<std::size_t>(rows));
-  Detector detector(input.type(), amplitude, input.width(),
-                    loses_nodata(input, amplitude) ? nodata_of(input.band()) : std::nullopt);
+  SampleReader reader(input, rows, makes_gaps_nan(input, amplitude));
+  std::vector<float> samples(static_cast<std::size_t>(input.width()) *
+                             static_cast<std::size_t>(rows));
+  Detector detector(amplitude);
   for (int first = 0; first < input.height(); first += rows) {
     const int count = std::min(rows, input.height() - first);
-    input.read_rows(first, count, pixels.data());
-    for (int y = 0; y < count; ++y) {
-      const std::size_t at = static_cast<std::size_t>(y) * width;
-      detector.detect_row(pixels.data() + at * input.type().bytes(), samples.data() + at);
-    }
+    reader.read(first, count);
+    detector.detect(reader.re(), reader.im(), samples.data());
     write_rows(dataset, output, first, count, GDT_Float32, samples.data());
     progress.update(static_cast<double>(first + count) / input.height());
   }

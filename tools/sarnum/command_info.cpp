@@ -95,7 +95,7 @@ std::string text(const RasterInput& input, const Description& description, const
                             (long_name != nullptr ? " (" + std::string(long_name) + ")" : ""));
   report.lines_on_pixels(input);
   report.line("Georeferencing", georeferencing(description));
-  report.line("Nodata", description.nodata ? number(*description.nodata) : "none");
+  report.line("Nodata", input.gaps().text());
   report.line("Unit", description.unit.empty() ? "none" : description.unit);
   report.line(
       "Equivalent looks",
@@ -124,7 +124,8 @@ std::string json(const RasterInput& input, const Description& description, const
       {"geotransform", description.geotransform ? Json(*description.geotransform) : Json()},
       {"ground_control_points", description.control_points.count()},
       {"rational_model", description.rational_model.Count() > 0},
-      {"nodata", json_number(description.nodata)},
+      {"nodata", json_number(input.gaps().nodata())},
+      {"mask", input.gaps().has_mask()},
       {"unit", text_or_null(description.unit)},
       {"equivalent_looks", looks ? json_number(looks->looks) : Json()},
       {"quantity", reading.quantity == Quantity::amplitude ? quantity_amplitude

@@ -1,27 +1,23 @@
 // sarnum multilook: averages looks with NoncoherentAccumulationR, then gives the output the
 // input's georeferencing, which the library knows nothing of.
 //
-// The library averages samples as they are. Where only valid ones are to count, it averages twice,
-// the samples with zero for the invalid ones and their validity, 1 or 0: the quotient is the mean
-// of the valid ones. Decibels become power in the raster that it reads (see sample_view.h), and
-// means become decibels when they are copied to the output.
+// The library averages samples as they are. Where only valid ones are to count, or decibels are
+// undone or made, the means are those of look_means.h.
 #include <cpl_string.h>
 #include <sarnum/host/standalone.h>
 #include <sarnum/sarnum.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cctype>
-#include <cerrno>
 #include <cmath>
 #include <cstdint>
-#include <cstring>
 #include <limits>
 #include <string_view>
 
 #include "commands.h"
 #include "description.h"
 #include "geotiff.h"
+#include "look_means.h"
 #include "looks.h"
 #include "messages.h"
 #include "output.h"
@@ -29,7 +25,6 @@
 #include "progress.h"
 #include "raster_input.h"
 #include "report.h"
-#include "sample_view.h"
 
 namespace sarnum::tool {
 namespace {
@@ -87,17 +82,15 @@ void check_input(const RasterInput& input, const MultilookArguments& arguments) 
   } else if (arguments.to_decibel && has_power && EQUAL(quantity, quantity_amplitude)) {
     warn(name + " holds amplitude: the decibels will be those of its mean, not of mean power");
   }
-  const auto nodata = nodata_of(input.band());
-  if (nodata && arguments.nodata.empty()) {
-    warn(name + " has nodata value " + CPLString().Printf("%.9g", *nodata) +
+  if (input.gaps().may_exist() && arguments.nodata.empty()) {
+    warn(name + " has " + (input.gaps().nodata() ? "nodata value " : "") + input.gaps().text() +
          ": such samples are averaged like all others; --nodata skip leaves them out");
   }
 }
 
-/// One run of the library, from the raster that GDAL opens by `source`.
-void run_library(const RasterInput& input, const std::string& source, const OutputFile& output,
-                 Looks looks, const std::vector<std::string>& creation_options,
-                 ProgressSpan progress) {
+/// Averages by the library.
+void run_library(const RasterInput& input, const OutputFile& output, Looks looks,
+                 const std::vector<std::string>& creation_options, ProgressSpan progress) {
   std::vector<const char*> options;
   options.reserve(creation_options.size());
   for (const std::string& option : creation_options) {
@@ -109,11 +102,9 @@ void run_library(const RasterInput& input, const std::string& source, const Outp
   }
   ProgressMeter<CCustomMeterInfo> meter(progress);
   host::clear_raster_failure();
-  const int status = NoncoherentAccumulationR(output.temporary().c_str(), source.c_str(),
+  const int status = NoncoherentAccumulationR(output.temporary().c_str(), input.path().c_str(),
                                               looks.across, looks.down, &meter);
-  const std::string failure =
-      replaced(replaced(host::raster_failure(), output.temporary(), in_quotes(output.name())),
-               one_line(source), input.path());
+  const std::string failure = with_name(host::raster_failure(), output.temporary(), output.name());
   if (status != 1 || !failure.empty()) {
     throw Failure(failure.empty() ? "multilooking of " + in_quotes(input.path()) + " to " +
                                         in_quotes(output.name()) + " failed"
@@ -147,43 +138,20 @@ Description described(const RasterInput& input, const MultilookArguments& argume
   return description;
 }
 
-GDALDatasetUniquePtr reopen(const OutputFile& output, unsigned access) {
+GDALDatasetUniquePtr reopen(const OutputFile& output) {
   forget_gdal_messages();
-  GDALDatasetUniquePtr dataset(GDALDataset::Open(output.temporary().c_str(),
-                                                 GDAL_OF_RASTER | access | GDAL_OF_VERBOSE_ERROR));
+  GDALDatasetUniquePtr dataset(GDALDataset::Open(
+      output.temporary().c_str(), GDAL_OF_RASTER | GDAL_OF_UPDATE | GDAL_OF_VERBOSE_ERROR));
   if (dataset == nullptr) {
     fail_to_write(output, gdal_failure());
   }
   return dataset;
 }
 
-/// Rows of means that the library has left in a scratch file.
-class MeanReader {
- public:
-  explicit MeanReader(const OutputFile& file) : file_(file), dataset_(reopen(file, 0)) {}
-
-  int width() const { return dataset_->GetRasterXSize(); }
-  int height() const { return dataset_->GetRasterYSize(); }
-
-  std::vector<float> read(int row) const {
-    std::vector<float> means(static_cast<std::size_t>(width()));
-    if (dataset_->GetRasterBand(1)->RasterIO(GF_Read, 0, row, width(), 1, means.data(), width(), 1,
-                                             GDT_Float32, 0, 0, nullptr) != CE_None) {
-      fail_to_write(file_, gdal_failure());
-    }
-    return means;
-  }
-
- private:
-  const OutputFile& file_;
-  GDALDatasetUniquePtr dataset_;
-};
-
-/// Copies means to the output: divided by the share of valid samples, where `shares` are given,
-/// and as decibels where these are asked for.
-void finish_means(const RasterInput& input, const MeanReader& means, const MeanReader* shares,
-                  const OutputFile& output, const MultilookArguments& arguments,
-                  const Description& description) {
+/// Writes means: as decibels, where these are asked for.
+void write_means(const RasterInput& input, LookMeans means, const OutputFile& output,
+                 const MultilookArguments& arguments, const Description& description,
+                 ProgressSpan progress) {
   GDALDatasetUniquePtr dataset = create_geotiff(output, means.width(), means.height(), GDT_Float32,
                                                 arguments.creation_options);
   description.apply(*dataset, output.name());
@@ -191,21 +159,19 @@ void finish_means(const RasterInput& input, const MeanReader& means, const MeanR
   const double scale = is_scaled ? input.band().GetScale() : 1;
   const double offset = is_scaled ? input.band().GetOffset() : 0;
   std::int64_t without_logarithm = 0;
+  std::vector<float> row(static_cast<std::size_t>(means.width()));
   for (int y = 0; y < means.height(); ++y) {
-    std::vector<float> row = means.read(y);
-    if (shares != nullptr) {
-      const std::vector<float> share = shares->read(y);
-      std::transform(row.begin(), row.end(), share.begin(), row.begin(),
-                     [](float mean, float part) { return part > 0 ? mean / part : no_value; });
-    }
-    if (arguments.to_decibel) {
-      for (float& mean : row) {
-        const double power = mean * scale + offset;
-        without_logarithm += power <= 0 ? 1 : 0;
-        mean = power > 0 ? static_cast<float>(10 * std::log10(power)) : no_value;
+    const std::vector<double>& values = means.row(y);
+    std::transform(values.begin(), values.end(), row.begin(), [&](double mean) {
+      if (!arguments.to_decibel) {
+        return static_cast<float>(mean);
       }
-    }
+      const double power = mean * scale + offset;
+      without_logarithm += power <= 0 ? 1 : 0;
+      return power > 0 ? static_cast<float>(10 * std::log10(power)) : no_value;
+    });
     write_rows(*dataset, output, y, 1, GDT_Float32, row.data());
+    progress.update((y + 1.0) / means.height());
   }
   close_written(std::move(dataset), output);
   if (without_logarithm > 0) {
@@ -214,48 +180,23 @@ void finish_means(const RasterInput& input, const MeanReader& means, const MeanR
   }
 }
 
-/// An output that is never put in place is a scratch file beside it. Its end would remove it too,
-/// but could not say that it failed.
-void remove_scratch(const OutputFile& scratch) {
-  if (unlink(scratch.temporary().c_str()) != 0) {
-    throw Failure("cannot remove " + in_quotes(scratch.temporary()) + ", a scratch file of " +
-                  in_quotes(scratch.name()) + ": " + std::strerror(errno));
-  }
-}
-
 /// Writes the temporary file of the output.
 void average(const RasterInput& input, const OutputFile& output,
              const MultilookArguments& arguments, Looks looks, Progress& progress) {
-  constexpr double share_of_library = 0.98;
+  constexpr double share_of_averaging = 0.98;
+  const ProgressSpan span{progress, 0.0, share_of_averaging};
   const Description description = described(input, arguments, looks);
   const SampleRule rule{skips_nodata(arguments), arguments.from_decibel};
-  const std::string source = rule.skips_invalid || rule.from_decibel
-                                 ? name_of_view(input, rule, View::values)
-                                 : input.path();
   const NoSidecars no_sidecars;
-  if (!rule.skips_invalid && !arguments.to_decibel) {
-    run_library(input, source, output, looks, arguments.creation_options,
-                {progress, 0.0, share_of_library});
-    GDALDatasetUniquePtr dataset = reopen(output, GDAL_OF_UPDATE);
-    description.apply(*dataset, output.name());
-    close_written(std::move(dataset), output);
+  if (rule.skips_gaps || rule.from_decibel || arguments.to_decibel) {
+    write_means(input, {input, looks, rule}, output, arguments, description, span);
     return;
   }
-  const OutputFile means(output.name(), true, {});
-  const double middle = rule.skips_invalid ? share_of_library / 2 : share_of_library;
-  run_library(input, source, means, looks, {}, {progress, 0.0, middle});
-  if (!rule.skips_invalid) {
-    finish_means(input, MeanReader(means), nullptr, output, arguments, description);
-    remove_scratch(means);
-    return;
-  }
-  const OutputFile shares(output.name(), true, {});
-  run_library(input, name_of_view(input, rule, View::validity), shares, looks, {},
-              {progress, middle, share_of_library});
-  const MeanReader share_reader(shares);
-  finish_means(input, MeanReader(means), &share_reader, output, arguments, description);
-  remove_scratch(means);
-  remove_scratch(shares);
+  run_library(input, output, looks, arguments.creation_options, span);
+  GDALDatasetUniquePtr dataset = reopen(output);
+  mark_if_sparse(*dataset, arguments.creation_options);
+  description.apply(*dataset, output.name());
+  close_written(std::move(dataset), output);
 }
 
 }  // namespace

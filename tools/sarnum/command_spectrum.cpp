@@ -7,9 +7,12 @@
 #include <sarnum/sarnum.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <new>
+#include <span>
 
 #include "commands.h"
 #include "description.h"
@@ -73,6 +76,18 @@ class ComplexRaster {
     std::rotate(rows_.begin(), rows_.begin() + height_ / 2, rows_.end());
   }
 
+  /// Exchanges the real and imaginary parts of all samples, which are doubles, and multiplies them.
+  void exchange_parts(double factor) {
+    for (int y = 0; y < height_; ++y) {
+      auto* const parts = static_cast<double*>(row(y));
+      for (std::ptrdiff_t i = 0; i < 2 * std::ptrdiff_t{width_}; i += 2) {
+        const double re = parts[i];
+        parts[i] = parts[i + 1] * factor;
+        parts[i + 1] = re * factor;
+      }
+    }
+  }
+
   /// Squared magnitudes of a row.
   void power(int y, std::vector<double>& out) {
     std::vector<double> im(out.size());
@@ -130,26 +145,78 @@ bool has_zero_in_the_middle(const RasterInput& spectrum) {
   return where != nullptr && EQUAL(where, in_the_middle);
 }
 
-void read(const RasterInput& input, ComplexRaster& raster, ProgressSpan progress) {
+/// Reads the input into the first part of the rows. One sample that is not finite makes all of a
+/// spectrum NaN, and samples without a meaning change all of it: the former are refused and the
+/// latter warned of, unless both are to be zero.
+void read(const RasterInput& input, ComplexRaster& raster, bool makes_gaps_zero,
+          ProgressSpan progress) {
+  const std::size_t pixel_bytes = input.type().bytes();
+  SampleReader reader(input, 1, false);
+  const std::span<double> re = reader.re();
+  const std::span<const double> im = reader.im();
+  const auto is_finite = [&](std::size_t i) {
+    return std::isfinite(re[i]) && (im.empty() || std::isfinite(im[i]));
+  };
+  std::int64_t not_finite = 0;
+  std::int64_t unsuitable = 0;
   for (int y = 0; y < input.height(); ++y) {
-    input.read_rows(y, 1, raster.row(y));
+    reader.read(y, 1);
+    for (std::size_t i = 0; i < re.size(); ++i) {
+      not_finite += is_finite(i) ? 0 : 1;
+    }
+    input.gaps().mark(0, y, input.width(), re, im);
+    auto* pixel = static_cast<std::byte*>(raster.row(y));
+    std::copy_n(reader.pixels(), re.size() * pixel_bytes, pixel);
+    for (std::size_t i = 0; i < re.size(); ++i, pixel += pixel_bytes) {
+      const auto is_set = [](std::byte byte) { return byte != std::byte{0}; };
+      if (!is_finite(i) && std::any_of(pixel, pixel + pixel_bytes, is_set)) {
+        ++unsuitable;
+        if (makes_gaps_zero) {
+          std::fill_n(pixel, pixel_bytes, std::byte{0});
+        }
+      }
+    }
     progress.update((y + 1.0) / input.height());
   }
+  if (!makes_gaps_zero && not_finite > 0) {
+    throw Failure(std::to_string(not_finite) + " samples of " + in_quotes(input.path()) +
+                  " are NaN or infinite and would make all of the result NaN; --nodata zero makes "
+                  "them zero");
+  }
+  if (!makes_gaps_zero && unsuitable > 0) {
+    warn(std::to_string(unsuitable) + " samples of " + in_quotes(input.path()) +
+         " are nodata or masked but not zero, and are transformed like all others; --nodata zero "
+         "makes them zero");
+  }
+}
+
+/// In double precision, which CFFTClass::IFFT_2D does not keep: the forward transform is the
+/// inverse one when the parts of samples are exchanged before and after. What it divides by is a
+/// power of two, so multiplying by that again is exact.
+void inverse_of_doubles(ComplexRaster& raster, CMeterInfo& meter) {
+  raster.exchange_parts(1.0);
+  CFFTClass().FFT_2D(raster.rows(), raster.rows(), raster.width(), raster.height(), raster.code(),
+                     &meter);
+  raster.exchange_parts(static_cast<double>(raster.width()) * raster.height());
 }
 
 void transform(const SpectrumArguments& arguments, const RasterInput& input, ComplexRaster& raster,
                Progress& progress) {
   constexpr double end_of_reading = 0.05;
   constexpr double end_of_transform = 0.9;
-  read(input, raster, {progress, 0.0, end_of_reading});
+  read(input, raster, arguments.nodata == "zero", {progress, 0.0, end_of_reading});
   ProgressMeter<CMeterInfo> meter({progress, end_of_reading, end_of_transform});
   CFFTClass fourier;
   if (arguments.inverse) {
     if (arguments.centred || has_zero_in_the_middle(input)) {
       raster.exchange_halves();
     }
-    fourier.IFFT_2D(raster.rows(), raster.rows(), raster.width(), raster.height(), raster.code(),
-                    &meter);
+    if (raster.code() == TD_COMPLEX_FLOAT64) {
+      inverse_of_doubles(raster, meter);
+    } else {
+      fourier.IFFT_2D(raster.rows(), raster.rows(), raster.width(), raster.height(), raster.code(),
+                      &meter);
+    }
   } else if (arguments.centred) {
     fourier.FFT_2D_NEW(raster.rows(), raster.rows(), input.width(), input.height(),
                        input.type().code, 1, &meter);

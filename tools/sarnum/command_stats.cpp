@@ -1,14 +1,13 @@
 // sarnum stats: extremes with their positions, mean and standard deviation of the first band.
-#include <sarnum/sarnum.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstddef>
+#include <cmath>
 #include <cstdint>
-#include <limits>
+#include <iterator>
+#include <span>
 
 #include "commands.h"
-#include "description.h"
 #include "progress.h"
 #include "raster_input.h"
 #include "report.h"
@@ -17,60 +16,19 @@
 namespace sarnum::tool {
 namespace {
 
-/// Delivers rows as values or amplitudes, NaN where a sample is nodata.
-class ValueReader {
- public:
-  explicit ValueReader(const RasterInput& input)
-      : input_(input),
-        nodata_(nodata_of(input.band())),
-        pixels_(size(input.rows_in_a_block()) * input.type().bytes()),
-        values_(size(input.rows_in_a_block())) {
-    if (nodata_ && input.type().is_complex()) {
-      re_.resize(values_.size());
-      im_.resize(values_.size());
-    }
-  }
-
-  std::span<const double> read(int first, int rows) {
-    const auto count = static_cast<int>(size(rows));
-    const int code = input_.type().code;
-    input_.read_rows(first, rows, pixels_.data());
-    Transform_to_double(pixels_.data(), code, values_.data(), count);
-    if (nodata_) {
-      if (input_.type().is_complex()) {
-        Transform_to_double(pixels_.data(), code, re_.data(), im_.data(), count);
-      }
-      for (std::size_t i = 0; i < size(rows); ++i) {
-        if (re_.empty() ? is_nodata(values_[i], nodata_)
-                        : im_[i] == 0 && is_nodata(re_[i], nodata_)) {
-          values_[i] = std::numeric_limits<double>::quiet_NaN();
-        }
-      }
-    }
-    return std::span(values_).first(size(rows));
-  }
-
- private:
-  std::size_t size(int rows) const {
-    return static_cast<std::size_t>(input_.width()) * static_cast<std::size_t>(rows);
-  }
-
-  const RasterInput& input_;
-  std::optional<double> nodata_;
-  std::vector<std::byte> pixels_;
-  std::vector<double> values_;
-  std::vector<double> re_;  // with im_ for nodata among complex samples, else empty
-  std::vector<double> im_;
-};
-
 RunningStatistics statistics_of(const RasterInput& input, Progress& progress) {
   progress.update(0.0);
   RunningStatistics statistics;
-  ValueReader reader(input);
   const int rows = input.rows_in_a_block();
+  SampleReader reader(input, rows);
   for (int first = 0; first < input.height(); first += rows) {
     const int count = std::min(rows, input.height() - first);
-    statistics.add(reader.read(first, count));
+    reader.read(first, count);
+    const std::span<double> values = reader.re();
+    std::transform(values.begin(), values.begin() + std::ssize(reader.im()), reader.im().begin(),
+                   values.begin(),
+                   [](double re, double im) { return std::sqrt(re * re + im * im); });
+    statistics.add(values);
     progress.update(static_cast<double>(first + count) / input.height());
   }
   return statistics;
@@ -94,7 +52,8 @@ std::string json(const RasterInput& input, const RunningStatistics& statistics) 
       {"height", input.height()},
       {"pixel_type", input.type().name},
       {"quantity", quantity_of(input)},
-      {"nodata", json_number(nodata_of(input.band()))},
+      {"nodata", json_number(input.gaps().nodata())},
+      {"mask", input.gaps().has_mask()},
       {"valid", statistics.valid()},
       {"invalid", statistics.seen() - statistics.valid()},
       {"infinite", statistics.infinite()},
@@ -121,11 +80,11 @@ std::string text(const RasterInput& input, const RunningStatistics& statistics) 
   report.line("File", input.path());
   report.lines_on_pixels(input);
   report.line("Quantity", quantity_of(input));
-  const std::optional<double> nodata = nodata_of(input.band());
-  report.line("Nodata", nodata ? exact_number(*nodata) : "none");
-  report.line("Samples", statistics.valid() == 0 ? "no valid samples: all are nodata or NaN"
+  report.line("Nodata", input.gaps().text());
+  const std::string kind = input.gaps().has_mask() ? "nodata, masked or NaN" : "nodata or NaN";
+  report.line("Samples", statistics.valid() == 0 ? "no valid samples: all are " + kind
                                                  : std::to_string(statistics.valid()) + " valid, " +
-                                                       std::to_string(invalid) + " nodata or NaN");
+                                                       std::to_string(invalid) + " " + kind);
   if (statistics.infinite() > 0) {
     report.line("Infinite", std::to_string(statistics.infinite()) +
                                 " of the valid, left out of mean and standard deviation");

@@ -40,6 +40,7 @@ struct DetectArguments : ConversionArguments {
 struct SpectrumArguments : ConversionArguments {
   bool centred = false;  ///< zero frequency in the middle
   bool inverse = false;  ///< from a spectrum to its image
+  std::string nodata;    ///< zero, or empty: not given
 };
 
 struct InfoArguments {

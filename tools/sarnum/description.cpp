@@ -55,7 +55,7 @@ Description::Description(const RasterInput& input)
       band_metadata(lasting_metadata(input.band().GetMetadata())),
       band_description(input.band().GetDescription()),
       unit(input.band().GetUnitType()),
-      nodata(nodata_of(input.band())) {
+      nodata(input.gaps().nodata()) {
   if (const OGRSpatialReference* const found = input.dataset().GetSpatialRef()) {
     reference = *found;
   }
@@ -139,12 +139,6 @@ void Description::apply(GDALDataset& dataset, const std::string& path) const {
   if (!good) {
     fail_with_gdal_reason("cannot store the georeferencing or metadata of " + in_quotes(path));
   }
-}
-
-std::optional<double> nodata_of(GDALRasterBand& band) {
-  int present = 0;
-  const double value = band.GetNoDataValue(&present);
-  return present != 0 ? std::optional(value) : std::nullopt;
 }
 
 }  // namespace sarnum::tool

@@ -9,8 +9,6 @@
 #include <ogr_spatialref.h>
 
 #include <array>
-#include <cmath>
-#include <limits>
 #include <optional>
 #include <string>
 
@@ -67,17 +65,6 @@ struct Description {
   /// Gives all of it to a raster open for writing; throws a Failure naming `path`.
   void apply(GDALDataset& dataset, const std::string& path) const;
 };
-
-/// Whether a sample is the nodata value, or what a raster of 32-bit floats has for it.
-inline bool is_nodata(double value, const std::optional<double>& nodata) {
-  constexpr double largest = std::numeric_limits<float>::max();
-  return nodata.has_value() &&
-         (value == *nodata || (std::abs(*nodata) <= largest &&
-                               value == static_cast<double>(static_cast<float>(*nodata))));
-}
-
-/// The nodata value of a band, if it has one.
-std::optional<double> nodata_of(GDALRasterBand& band);
 
 }  // namespace sarnum::tool
 

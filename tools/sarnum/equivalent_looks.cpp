@@ -7,9 +7,8 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <vector>
-
-#include "description.h"
 
 namespace sarnum::tool {
 namespace {
@@ -39,13 +38,12 @@ struct Block {
   double measured;
 };
 
-/// The intensities of a block of rows; NaN where a sample is nodata.
+/// The intensities of a block of rows; NaN where a pixel holds no sample.
 class IntensityReader {
  public:
   IntensityReader(const RasterInput& input, Quantity quantity, int rows)
       : input_(input),
         quantity_(quantity),
-        nodata_(nodata_of(input.band())),
         pixels_(size(rows) * input.type().bytes()),
         re_(size(rows)),
         im_(size(rows)) {}
@@ -56,6 +54,7 @@ class IntensityReader {
       Transform_to_double(pixels_.data() + size(y) * input_.type().bytes(), input_.type().code,
                           re_.data() + size(y), im_.data() + size(y), input_.width());
     }
+    input_.gaps().mark(0, first, input_.width(), std::span(re_).first(size(rows)), im_);
     for (std::size_t i = 0; i < size(rows); ++i) {
       re_[i] = intensity(re_[i], im_[i]);
     }
@@ -68,9 +67,6 @@ class IntensityReader {
   }
 
   double intensity(double re, double im) const {
-    if (im == 0 && is_nodata(re, nodata_)) {
-      return std::nan("");
-    }
     if (input_.type().is_complex()) {
       return re * re + im * im;
     }
@@ -87,7 +83,6 @@ class IntensityReader {
 
   const RasterInput& input_;
   Quantity quantity_;
-  std::optional<double> nodata_;
   std::vector<std::byte> pixels_;
   std::vector<double> re_;
   std::vector<double> im_;

@@ -25,8 +25,8 @@ struct EquivalentLooks {
 /// looks even in pure speckle. So the samples of a block are parted like the fields of a
 /// chessboard: those of one colour choose, those of the other measure.
 ///
-/// Blocks with nodata, NaN or no variance are left out. Large images are sampled in evenly
-/// spaced rows of blocks.
+/// Blocks with nodata, masked samples, NaN or no variance are left out. Large images are sampled in
+/// evenly spaced rows of blocks.
 /// @return nothing when there are too few blocks.
 std::optional<EquivalentLooks> equivalent_looks(const RasterInput& input, Quantity quantity);
 

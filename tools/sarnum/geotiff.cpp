@@ -12,6 +12,9 @@ namespace sarnum::tool {
 namespace {
 
 constexpr const char* pam_option = "GDAL_PAM_ENABLED";
+// A domain of metadata that few programs copy with the image, to files that may be incomplete.
+constexpr const char* own_domain = "SARNUM";
+constexpr const char* sparse_item = "SPARSE";
 
 GDALDriver& geotiff_driver() {
   GDALDriver* const driver = GetGDALDriverManager()->GetDriverByName("GTiff");
@@ -58,6 +61,16 @@ void check_creation_options(const std::vector<std::string>& options) {
   }
 }
 
+void mark_if_sparse(GDALDataset& dataset, const std::vector<std::string>& options) {
+  if (option_list(options).FetchBool("SPARSE_OK", false)) {
+    dataset.SetMetadataItem(sparse_item, "YES", own_domain);
+  }
+}
+
+bool is_marked_as_sparse(GDALDataset& dataset) {
+  return dataset.GetMetadataItem(sparse_item, own_domain) != nullptr;
+}
+
 NoSidecars::NoSidecars() {
   const char* const value = CPLGetThreadLocalConfigOption(pam_option, nullptr);
   was_set_ = value != nullptr;
@@ -81,6 +94,7 @@ GDALDatasetUniquePtr create_geotiff(const OutputFile& output, int width, int hei
   if (dataset == nullptr) {
     fail_to_write(output, gdal_failure());
   }
+  mark_if_sparse(*dataset, options);
   return dataset;
 }
 

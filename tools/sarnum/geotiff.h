@@ -15,6 +15,11 @@ namespace sarnum::tool {
 /// GeoTIFF does not know, or that asks for a second file beside the output.
 void check_creation_options(const std::vector<std::string>& options);
 
+/// Blocks of zeros are left out of a raster with the creation option SPARSE_OK. What reads it could
+/// take them for the trace of an interrupted program; so the file says that they are meant so.
+void mark_if_sparse(GDALDataset& dataset, const std::vector<std::string>& options);
+bool is_marked_as_sparse(GDALDataset& dataset);
+
 /// GDAL keeps nothing beside a raster in the lifetime of an object.
 class NoSidecars {
  public:

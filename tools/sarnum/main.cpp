@@ -138,7 +138,7 @@ void add_multilook(CLI::App& app, Arguments& arguments) {
       ->needs(square);
   command
       .add_option("--nodata", multilook.nodata,
-                  "Leave nodata out, or average it like all others (the default)")
+                  "Leave nodata and masked samples out, or average them (default)")
       ->type_name("skip|average")
       ->check(CLI::IsMember({"skip", "average"}).description(""));
   command.add_flag("--from-db", multilook.from_decibel,
@@ -152,8 +152,9 @@ void add_multilook(CLI::App& app, Arguments& arguments) {
       "pixel has sides equal within 5 %; with --looks N the most looks up to N, their columns\n"
       "those that come nearest to a square. What it has chosen it prints.\n\n"
       "With --nodata skip a pixel without any valid sample, and with --to-db one whose mean is\n"
-      "zero or less, becomes nodata, which is NaN then. NaN samples count as nodata. Scale and\n"
-      "offset of the band are applied where decibels are made or undone.\n\n"
+      "zero or less, becomes nodata, which is NaN then. NaN and what a mask or an alpha band\n"
+      "leaves out count as nodata. Scale and offset of the band are applied where decibels are\n"
+      "made or undone.\n\n"
       "Examples:\n  sarnum multilook intensity.tif looks.tif --looks 4x4 --picture looks.png\n"
       "  sarnum multilook intensity.tif square.tif --square --spacing 2.3x14.1 --incidence 39\n"
       "  sarnum multilook sigma0_db.tif mean_db.tif --looks 3x3 --nodata skip --from-db --to-db");
@@ -179,10 +180,18 @@ void add_spectrum(CLI::App& app, Arguments& arguments) {
   command.add_flag("--centred", arguments.spectrum.centred,
                    "Zero frequency in the middle, not at the first sample");
   command.add_flag("--inverse", arguments.spectrum.inverse, "From a spectrum back to the image");
+  command
+      .add_option("--nodata", arguments.spectrum.nodata,
+                  "Take zero for nodata, masked, NaN and infinite samples")
+      ->type_name("zero")
+      ->check(CLI::IsMember({"zero"}).description(""));
   command.footer(
       "The sides are padded with zeros to powers of two, and the spectrum is divided by their\n"
       "product, so that --inverse returns the padded image. The picture shows log magnitude, with\n"
       "the zero frequency of a spectrum in the middle.\n\n"
+      "Without --nodata zero, NaN and infinities are refused, since one of them would make all of\n"
+      "the result NaN; nodata and masked samples are transformed like all others, with a warning\n"
+      "where they are not zero.\n\n"
       "With --inverse, INPUT holds complex floats and has sides that are powers of two. It is\n"
       "centred if --centred says so or, of a file that sarnum has written, its metadata.\n\n"
       "Examples:\n  sarnum spectrum slc.tif spectrum.tif --picture spectrum.png\n"
@@ -220,11 +229,12 @@ void add_stats(CLI::App& app, Arguments& arguments) {
   add_progress_options(command, arguments);
   command.footer(
       "Of the values of a real raster as they are stored (scale and offset are not applied), of\n"
-      "the amplitudes |z| of a complex one. Nodata and NaN are left out and counted; infinities\n"
-      "are valid and extremes, but left out of mean and standard deviation (which is that of the\n"
-      "population: divided by the number of samples). Positions are those of the first such\n"
-      "sample in row order, counted from 0. In JSON, a figure without samples is null, infinity\n"
-      "the string \"Infinity\" or \"-Infinity\", and a nodata value of NaN the string \"NaN\".\n"
+      "the amplitudes |z| of a complex one. Nodata, NaN and what a mask or an alpha band leaves\n"
+      "out are left out and counted; infinities are valid and extremes, but left out of mean and\n"
+      "standard deviation (which is that of the population: divided by the number of samples).\n"
+      "Positions are those of the first such sample in row order, counted from 0. In JSON, a\n"
+      "figure without samples is null, infinity the string \"Infinity\" or \"-Infinity\", and a\n"
+      "nodata value of NaN the string \"NaN\".\n"
       "Example:\n  sarnum stats slc.tif --json");
 }
 

@@ -100,6 +100,13 @@ std::string replaced(std::string text, std::string_view from, std::string_view t
   return text;
 }
 
+std::string with_name(std::string text, const std::string& path, std::string_view name) {
+  for (const char* const quotes : {"''", "`'", "\"\""}) {
+    text = replaced(text, quotes[0] + path + quotes[1], path);
+  }
+  return replaced(text, path, in_quotes(name));
+}
+
 void silence_warnings() {
   silent = true;
 }

@@ -32,6 +32,9 @@ std::string in_quotes(std::string_view name);
 /// The text with every occurrence of `from` replaced.
 std::string replaced(std::string text, std::string_view from, std::string_view to);
 
+/// The text with every occurrence of a path, quoted or not, replaced by a name in quotes.
+std::string with_name(std::string text, const std::string& path, std::string_view name);
+
 /// Without warnings from now on.
 void silence_warnings();
 /// Keeps a warning until show_warnings(): a command that fails has one thing to say.

@@ -44,18 +44,27 @@ struct Slot {
   char path[PATH_MAX];
 };
 std::array<Slot, slot_count> slots;
+/// The output is in place: whatever ends the program now, its work is done.
+std::atomic<bool> is_done;
 static_assert(std::atomic<bool>::is_always_lock_free);
 
+bool is_crash(int signal_number) {
+  return std::find(crash_signals.begin(), crash_signals.end(), signal_number) !=
+         crash_signals.end();
+}
+
 extern "C" void remove_temporaries_and_end(int signal_number) {
+  if (is_done.load() && !is_crash(signal_number)) {
+    _exit(0);
+  }
   bool is_unfinished = false;
   for (Slot& slot : slots) {
-    if (slot.used.load()) {
+    if (slot.used.load() && !is_done.load()) {
       is_unfinished = true;
       unlink(slot.path);
     }
   }
-  if (is_unfinished &&
-      std::find(crash_signals.begin(), crash_signals.end(), signal_number) != crash_signals.end()) {
+  if (is_unfinished && is_crash(signal_number)) {
     constexpr std::string_view message = "sarnum: error: crashed; nothing was written\n";
     [[maybe_unused]] const auto written = write(STDERR_FILENO, message.data(), message.size());
   }
@@ -201,6 +210,9 @@ OutputFile::OutputFile(const std::string& name, bool overwrite,
     throw Failure("cannot write " + in_quotes(name) + ": folder " + in_quotes(folder) + ": " +
                   reason());
   }
+  // Nobody may read the new file who may not read the old one; until it is whole it is written to.
+  const mode_t mode =
+      stat(target_.c_str(), &status) == 0 ? (status.st_mode & 0777U) | S_IRUSR | S_IWUSR : 0666;
   const SignalsHeld held;
   std::random_device random;
   int handle = -1;
@@ -209,7 +221,7 @@ OutputFile::OutputFile(const std::string& name, bool overwrite,
     temporary_ = (fs::path(folder) /
                   (".sarnum-" + std::to_string(getpid()) + "-" + std::to_string(random()) + ".tmp"))
                      .string();
-    handle = open(temporary_.c_str(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, 0666);
+    handle = open(temporary_.c_str(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, mode);
     if (handle < 0 && errno != EEXIST) {
       break;
     }
@@ -332,6 +344,7 @@ void put_in_place(std::initializer_list<OutputFile*> files) {
     }
     throw;
   }
+  is_done.store(true);
   for (OutputFile* const file : present) {
     if (file->overwrite_) {
       file->remove_stale_companions();

@@ -48,8 +48,9 @@ class OutputFile {
 /// Puts finished files in place, all or none; null pointers are passed over.
 void put_in_place(std::initializer_list<OutputFile*> files);
 
-/// Signals that end the command remove the temporary files first, and a file that grows
-/// beyond its limit becomes an error like any other.
+/// Signals that end the command remove the temporary files first; once the files are in place, the
+/// command ends with status 0 instead. A file that grows beyond its limit becomes an error like any
+/// other.
 void install_signal_handlers();
 
 }  // namespace sarnum::tool

@@ -6,7 +6,7 @@
 #include <filesystem>
 #include <limits>
 
-#include "description.h"
+#include "gaps.h"
 #include "geotiff.h"
 #include "messages.h"
 
@@ -14,13 +14,13 @@ namespace sarnum::tool {
 namespace {
 
 constexpr int largest_side = 2048;
-constexpr float no_value = std::numeric_limits<float>::quiet_NaN();
+constexpr double no_value = std::numeric_limits<double>::quiet_NaN();
 
 int divide_rounding_up(int a, int b) {
   return a / b + (a % b != 0 ? 1 : 0);
 }
 
-float percentile(std::vector<float>& values, double percent) {
+double percentile(std::vector<double>& values, double percent) {
   const auto at = static_cast<std::ptrdiff_t>(
       std::lround(percent / 100.0 * static_cast<double>(values.size() - 1)));
   std::nth_element(values.begin(), values.begin() + at, values.end());
@@ -66,8 +66,7 @@ void Picture::add_row(std::span<const double> row) {
 
 void Picture::finish_line() {
   for (std::size_t column = 0; column < sums_.size(); ++column) {
-    means_.push_back(counts_[column] > 0 ? static_cast<float>(sums_[column] / counts_[column])
-                                         : no_value);
+    means_.push_back(counts_[column] > 0 ? sums_[column] / counts_[column] : no_value);
     sums_[column] = 0;
     counts_[column] = 0;
   }
@@ -75,27 +74,27 @@ void Picture::finish_line() {
 }
 
 std::vector<std::uint8_t> Picture::grey_levels() const {
-  std::vector<float> shown = means_;
-  if (std::none_of(shown.begin(), shown.end(), [](float value) { return value < 0; })) {
-    for (float& value : shown) {
+  std::vector<double> shown = means_;
+  if (std::none_of(shown.begin(), shown.end(), [](double value) { return value < 0; })) {
+    for (double& value : shown) {
       value = value > 0 ? std::log10(value) : no_value;
     }
   }
-  std::vector<float> values;
+  std::vector<double> values;
   std::copy_if(shown.begin(), shown.end(), std::back_inserter(values),
-               [](float value) { return std::isfinite(value); });
+               [](double value) { return std::isfinite(value); });
   std::vector<std::uint8_t> grey(shown.size(), 0);
   if (values.empty()) {
     return grey;
   }
-  const float low = percentile(values, stretch_.low_percent);
-  const float high = percentile(values, stretch_.high_percent);
-  std::transform(shown.begin(), shown.end(), grey.begin(), [low, high](float value) {
+  const double low = percentile(values, stretch_.low_percent);
+  const double high = percentile(values, stretch_.high_percent);
+  std::transform(shown.begin(), shown.end(), grey.begin(), [low, high](double value) {
     if (!std::isfinite(value)) {
       return std::uint8_t{0};
     }
-    const float level = high > low ? (value - low) / (high - low) : 0.5F;
-    return static_cast<std::uint8_t>(std::lround(1.0F + 254.0F * std::clamp(level, 0.0F, 1.0F)));
+    const double level = high > low ? (value - low) / (high - low) : 0.5;
+    return static_cast<std::uint8_t>(std::lround(1.0 + 254.0 * std::clamp(level, 0.0, 1.0)));
   });
   return grey;
 }
@@ -133,7 +132,7 @@ void draw_raster(const OutputFile& raster, const OutputFile& picture) {
     fail_to_write(raster, gdal_failure());
   }
   GDALRasterBand& band = *dataset->GetRasterBand(1);
-  const std::optional<double> nodata = nodata_of(band);
+  const Gaps gaps(band, raster.name());
   const int width = band.GetXSize();
   constexpr Picture::Stretch for_images{2.0, 98.0};
   Picture image(width, band.GetYSize(), for_images);
@@ -143,9 +142,7 @@ void draw_raster(const OutputFile& raster, const OutputFile& picture) {
         CE_None) {
       fail_to_write(raster, gdal_failure());
     }
-    std::replace_if(
-        row.begin(), row.end(), [&](double value) { return is_nodata(value, nodata); },
-        static_cast<double>(no_value));
+    gaps.mark(0, y, width, row, {});
     image.add_row(row);
   }
   image.write(picture);

@@ -43,7 +43,7 @@ class Picture {
   Stretch stretch_;
   std::vector<double> sums_;
   std::vector<std::uint32_t> counts_;
-  std::vector<float> means_;
+  std::vector<double> means_;
 };
 
 /// Draws the raster that is the temporary file of `raster`.

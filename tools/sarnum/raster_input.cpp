@@ -15,8 +15,9 @@
 #include <cstdlib>
 #include <cstring>
 #include <optional>
+#include <utility>
 
-#include "description.h"
+#include "geotiff.h"
 #include "messages.h"
 
 namespace sarnum::tool {
@@ -144,8 +145,9 @@ std::optional<std::uint64_t> end_of_block(GDALRasterBand& band, int x, int y) {
 }
 
 /// Refuses a TIFF of which blocks were never written. GDAL reads them as zeros or nodata: they are
-/// the trace of an interrupted program, or meant so, which is believed where nodata marks them.
-/// Blocks beyond the end of the file are read likewise, and are never meant.
+/// the trace of an interrupted program, or meant so, which is believed where nodata marks them or
+/// the tool itself has left them out. Blocks beyond the end of the file are read likewise, and are
+/// never meant.
 void check_for_holes(const std::string& path, GDALDataset& dataset) {
   GDALRasterBand& band = *dataset.GetRasterBand(1);
   const GDALDriver* const driver = dataset.GetDriver();
@@ -161,6 +163,7 @@ void check_for_holes(const std::string& path, GDALDataset& dataset) {
   band.GetBlockSize(&block_width, &block_height);
   const int across = (band.GetXSize() - 1) / block_width + 1;
   const int down = (band.GetYSize() - 1) / block_height + 1;
+  const bool is_meant = is_marked_as_sparse(dataset);
   bool holes = false;
   for (int y = 0; y < down; ++y) {
     for (int x = 0; x < across; ++x) {
@@ -170,16 +173,43 @@ void check_for_holes(const std::string& path, GDALDataset& dataset) {
                       " bytes but its pixels reach byte " + std::to_string(*end) +
                       "; copy or make it again");
       }
-      if (!end && !nodata_of(band)) {
+      if (!end && !nodata_of(band) && !is_meant) {
         throw Failure(in_quotes(path) +
                       " is incomplete: parts of it were never written; make it again, or, if they "
                       "are meant to be zero, copy it with gdal_translate first");
       }
-      holes = holes || !end;
+      holes = holes || (!end && !is_meant);
     }
   }
   if (holes) {
     warn("parts of " + in_quotes(path) + " were never written and are read as nodata");
+  }
+}
+
+/// The part of a file of several rasters that is most likely the image: complex, or else long in
+/// two directions, unlike a table or a list. Empty when there are no parts.
+std::string likeliest_image(GDALDataset& dataset) {
+  const CPLStringList parts(dataset.GetMetadata("SUBDATASETS"), FALSE);
+  const QuietStderr quiet;
+  std::string likeliest;
+  std::pair<bool, int> best{false, -1};
+  for (int k = 1;; ++k) {
+    const char* const name = parts.FetchNameValue(CPLString().Printf("SUBDATASET_%d_NAME", k));
+    if (name == nullptr) {
+      return likeliest;
+    }
+    std::pair<bool, int> rank{false, 0};
+    const GDALDatasetUniquePtr part(GDALDataset::Open(name, GDAL_OF_RASTER));
+    if (part != nullptr && part->GetRasterCount() > 0) {
+      forbid_sidecar(*part);
+      const int shorter_side = std::min(part->GetRasterXSize(), part->GetRasterYSize());
+      const GDALDataType type = part->GetRasterBand(1)->GetRasterDataType();
+      rank = {shorter_side > 1 && GDALDataTypeIsComplex(type) != 0, shorter_side};
+    }
+    if (rank > best) {
+      best = rank;
+      likeliest = name;
+    }
   }
 }
 
@@ -242,17 +272,17 @@ RasterInput::RasterInput(const std::string& path) : path_(path) {
   if (dataset_ == nullptr) {
     check_file(path, true);
     throw Failure("cannot open " + in_quotes(path) + ": " +
-                  replaced(gdal_failure(), path + ": ", ""));
+                  replaced(replaced(gdal_failure(), path + ": ", ""), "`" + path + "' ", "it is "));
   }
   forbid_sidecar(*dataset_);
   if (dataset_->GetRasterCount() < 1) {
-    const CPLStringList parts(dataset_->GetMetadata("SUBDATASETS"), FALSE);
-    const char* const part = parts.FetchNameValue("SUBDATASET_1_NAME");
+    const std::string part = likeliest_image(*dataset_);
     throw Failure(in_quotes(path) + " holds no raster band" +
-                  (part == nullptr ? "" : "; name one of its parts, e.g. " + in_quotes(part)));
+                  (part.empty() ? "" : "; name one of its parts, e.g. " + in_quotes(part)));
   }
   limit_gdal_cache(band());
   type_ = pixel_type(band());
+  gaps_.emplace(band(), path);
   check_for_holes(path, *dataset_);
   if (const std::string missing = host::missing_samples(path.c_str()); !missing.empty()) {
     throw Failure(missing);
@@ -265,7 +295,7 @@ RasterInput::RasterInput(const std::string& path) : path_(path) {
   collect_files(path, *dataset_, 0, files_);
   if (dataset_->GetRasterCount() > 1) {
     warn(in_quotes(path) + " has " + std::to_string(dataset_->GetRasterCount()) +
-         " bands; only band 1 is used");
+         " bands; only band 1 is used" + (gaps_->has_mask() ? ", with its mask" : ""));
   }
 }
 
@@ -281,13 +311,9 @@ void RasterInput::read_first_sample() const {
 }
 
 void RasterInput::read_rows(int first, int count, void* pixels) const {
-  read_rows(first, count, type_.delivered_as, pixels);
-}
-
-void RasterInput::read_rows(int first, int count, GDALDataType type, void* pixels) const {
   forget_gdal_messages();
-  if (band().RasterIO(GF_Read, 0, first, width(), count, pixels, width(), count, type, 0, 0,
-                      nullptr) != CE_None ||
+  if (band().RasterIO(GF_Read, 0, first, width(), count, pixels, width(), count, type_.delivered_as,
+                      0, 0, nullptr) != CE_None ||
       !gdal_failure().empty()) {
     fail_with_gdal_reason((count == 1 ? "cannot read row " + std::to_string(first)
                                       : "cannot read rows " + std::to_string(first) + " to " +
@@ -299,6 +325,29 @@ void RasterInput::read_rows(int first, int count, GDALDataType type, void* pixel
 int RasterInput::rows_in_a_block() const {
   constexpr int pixels_in_a_block = 1 << 18;
   return std::clamp(pixels_in_a_block / width(), 1, height());
+}
+
+SampleReader::SampleReader(const RasterInput& input, int most_rows, bool marks_gaps)
+    : input_(input),
+      marks_gaps_(marks_gaps),
+      count_(size(most_rows)),
+      pixels_(size(most_rows) * input.type().bytes()),
+      re_(size(most_rows)),
+      im_(input.type().is_complex() ? size(most_rows) : 0) {}
+
+void SampleReader::read(int first, int rows) {
+  count_ = size(rows);
+  const auto count = static_cast<int>(count_);
+  const int code = input_.type().code;
+  input_.read_rows(first, rows, pixels_.data());
+  if (input_.type().is_complex()) {
+    Transform_to_double(pixels_.data(), code, re_.data(), im_.data(), count);
+  } else {
+    Transform_to_double(pixels_.data(), code, re_.data(), count);
+  }
+  if (marks_gaps_) {
+    input_.gaps().mark(0, first, input_.width(), re(), im());
+  }
 }
 
 bool is_label_of_decibels(const std::string& label) {
@@ -319,15 +368,14 @@ std::string RasterInput::sign_of_decibels() const {
       return "it is labelled " + in_quotes(word);
     }
   }
-  const std::optional<double> nodata = nodata_of(band());
+  SampleReader reader(*this, 1);
   constexpr int most_rows = 16;
   const int rows = std::min(most_rows, height());
-  std::vector<double> row(static_cast<std::size_t>(width()));
   for (int k = 0; k < rows; ++k) {
     const std::int64_t middle = (2 * std::int64_t{k} + 1) * height() / (2 * std::int64_t{rows});
-    read_rows(static_cast<int>(middle), 1, GDT_Float64, row.data());
-    if (std::any_of(row.begin(), row.end(),
-                    [&](double value) { return value < 0 && !is_nodata(value, nodata); })) {
+    reader.read(static_cast<int>(middle), 1);
+    const std::span<const double> row = reader.re();
+    if (std::any_of(row.begin(), row.end(), [](double value) { return value < 0; })) {
       return "it has values below zero";
     }
   }

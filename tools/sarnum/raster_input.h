@@ -6,8 +6,12 @@
 #include <gdal_priv.h>
 
 #include <cstddef>
+#include <optional>
+#include <span>
 #include <string>
 #include <vector>
+
+#include "gaps.h"
 
 namespace sarnum::tool {
 
@@ -41,8 +45,9 @@ class RasterInput {
 
   /// Reads `count` rows of the first band as pixels of type().
   void read_rows(int first, int count, void* pixels) const;
-  /// The same, as pixels of a type of GDAL.
-  void read_rows(int first, int count, GDALDataType type, void* pixels) const;
+
+  /// Which of its pixels hold no sample.
+  const Gaps& gaps() const { return *gaps_; }
 
   /// So many rows that a block of them holds about a quarter of a million pixels.
   int rows_in_a_block() const;
@@ -59,7 +64,37 @@ class RasterInput {
   std::string path_;
   GDALDatasetUniquePtr dataset_;
   PixelType type_{};
+  std::optional<Gaps> gaps_;
   std::vector<std::string> files_;
+};
+
+/// Rows of the first band as doubles.
+class SampleReader {
+ public:
+  /// @param most_rows   read at a time.
+  /// @param marks_gaps  makes NaN of the real parts of pixels that hold no sample.
+  SampleReader(const RasterInput& input, int most_rows, bool marks_gaps = true);
+
+  void read(int first, int rows);
+
+  // What was read last, at first so many rows as may be read. Real pixels have no imaginary parts.
+  const std::byte* pixels() const { return pixels_.data(); }
+  std::span<double> re() { return std::span(re_).first(count_); }
+  std::span<const double> im() const {
+    return std::span(im_).first(input_.type().is_complex() ? count_ : 0);
+  }
+
+ private:
+  std::size_t size(int rows) const {
+    return static_cast<std::size_t>(input_.width()) * static_cast<std::size_t>(rows);
+  }
+
+  const RasterInput& input_;
+  bool marks_gaps_;
+  std::size_t count_;
+  std::vector<std::byte> pixels_;
+  std::vector<double> re_;
+  std::vector<double> im_;
 };
 
 /// Whether a unit or the name of a band says decibels.

@@ -11,14 +11,14 @@ _sarnum() {
   case ${COMP_WORDS[1]} in
     detect) options="$conversion --amplitude --intensity" ;;
     multilook) options="$conversion --looks --square --spacing --incidence --nodata --from-db --to-db" ;;
-    spectrum) options="$conversion --centred --inverse" ;;
+    spectrum) options="$conversion --centred --inverse --nodata" ;;
     info) options='--json --intensity --amplitude --decibel --quiet --help -q -h' ;;
     stats) options='--json --quiet --progress --help -q -h' ;;
     *) return ;;
   esac
   case $previous in
     --looks) word='2x2 4x4 8x8' ;;
-    --nodata) word='skip average' ;;
+    --nodata) [[ ${COMP_WORDS[1]} == spectrum ]] && word=zero || word='skip average' ;;
     --co) word='COMPRESS=DEFLATE COMPRESS=ZSTD TILED=YES BIGTIFF=YES' ;;
     --spacing | --incidence) return ;;
     *) word= ;;
