@@ -6,15 +6,16 @@ DEMO_DIR = demo
 
 BUILD_PACKAGES = g++ cmake ninja-build libgdal-dev libcli11-dev nlohmann-json3-dev
 PYTHON_PACKAGES = pybind11-dev python3-dev python3-numpy
-TEST_PACKAGES = $(BUILD_PACKAGES) $(PYTHON_PACKAGES) libgtest-dev libgmock-dev pkgconf python3 \
+TEST_PACKAGES = $(BUILD_PACKAGES) $(PYTHON_PACKAGES) clang libgtest-dev libgmock-dev pkgconf python3 \
   abigail-tools doxygen doxygen-awesome-css python3-scipy python3-gdal python3-pytest \
   python3-hypothesis python3-dask python3-distributed python3-matplotlib
-LONG_TEST_PACKAGES = $(TEST_PACKAGES) clang libclang-rt-dev
+LONG_TEST_PACKAGES = $(TEST_PACKAGES) libclang-rt-dev
 COVERAGE_PACKAGES = $(TEST_PACKAGES) gcovr
 DOCS_PACKAGES = $(BUILD_PACKAGES) python3 doxygen doxygen-awesome-css
 PACKAGE_PACKAGES = $(DOCS_PACKAGES) $(PYTHON_PACKAGES) dpkg-dev file gzip lintian
 WINDOWS_PACKAGES = cmake ninja-build g++-mingw-w64-x86-64-posix wine64 googletest
-LINT_PACKAGES = $(TEST_PACKAGES) clang clang-format clang-tidy
+ARM_PACKAGES = cmake ninja-build g++-aarch64-linux-gnu g++-s390x-linux-gnu qemu-user googletest
+LINT_PACKAGES = $(TEST_PACKAGES) clang-format clang-tidy
 BENCH_PACKAGES = $(BUILD_PACKAGES) $(PYTHON_PACKAGES) libbenchmark-dev libfftw3-dev \
   libopenblas-dev liblapacke-dev pkgconf gdal-bin python3-gdal python3-scipy
 
@@ -27,7 +28,7 @@ THREAD_TESTS = RunsBesideEveryOther|a_race_is_reported|OfTwoThreads
 # And under AddressSanitizer and UndefinedBehaviorSanitizer: all tests of the target checked_programs.
 UNCHECKED_TESTS = ^package|^docs|_NOT_BUILT$$
 
-.PHONY: help demo test test-long test-windows coverage bench lint docs package test-package install clean
+.PHONY: help demo test test-long test-windows test-arm coverage bench lint docs package test-package install clean
 
 help:
 	@echo 'make demo                simulate a radar scene, multilook it, show its spectrum'
@@ -36,6 +37,8 @@ help:
 	@echo 'make test-long           the tests that take long: all under AddressSanitizer and'
 	@echo '                         UndefinedBehaviorSanitizer, fuzzing, seeded faults (up to an hour)'
 	@echo 'make test-windows        build the DLLs for Windows; run their tests under Wine'
+	@echo 'make test-arm            build for 64-bit ARM; run the tests under QEMU, and the digests for a'
+	@echo '                         machine of the other byte order, too'
 	@echo 'make coverage            which branches of the library the tests take (build/coverage)'
 	@echo 'make bench               time the library against FFTW, OpenBLAS, GDAL, NumPy, SciPy, memory'
 	@echo '                         (one table of ratios; JSON in build/bench)'
@@ -57,12 +60,14 @@ demo:
 # The tests as they are come last: theirs is the summary that one sees.
 test:
 	@sh cmake/install_packages.sh $(TEST_PACKAGES)
-	for preset in tsan asan-ubsan release; do cmake --preset $$preset || exit 1; done
+	for preset in tsan asan-ubsan clang release; do cmake --preset $$preset || exit 1; done
 	cmake --build --preset tsan --parallel "$(JOBS)" --target $(THREAD_PROGRAMS)
 	ctest --preset tsan --parallel "$(JOBS)" --tests-regex '$(THREAD_TESTS)'
 	cmake --build --preset asan-ubsan --parallel "$(JOBS)" --target checked_programs
 	ctest --preset asan-ubsan --parallel "$(JOBS)" --label-exclude '^long$$' \
 	  --exclude-regex '$(UNCHECKED_TESTS)'
+	cmake --build --preset clang --parallel "$(JOBS)"
+	ctest --preset clang --parallel "$(JOBS)"
 	cmake --build --preset release --parallel "$(JOBS)"
 	ctest --preset release --parallel "$(JOBS)" --label-exclude '^long$$'
 
@@ -82,6 +87,15 @@ test-windows:
 	cmake --build --preset windows --parallel "$(JOBS)"
 	ctest --preset windows --parallel "$(JOBS)"
 	@cat build/windows/left_out.txt
+
+# Likewise.
+test-arm:
+	@sh cmake/install_packages.sh $(ARM_PACKAGES)
+	for preset in arm s390x; do \
+	  cmake --preset $$preset && cmake --build --preset $$preset --parallel "$(JOBS)" && \
+	  ctest --preset $$preset --parallel "$(JOBS)" || exit 1; \
+	done
+	@cat build/arm/left_out.txt
 
 coverage:
 	@sh cmake/install_packages.sh $(COVERAGE_PACKAGES)

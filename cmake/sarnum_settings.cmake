@@ -3,11 +3,16 @@
 add_library(sarnum_settings INTERFACE)
 target_compile_features(sarnum_settings INTERFACE cxx_std_20)
 
+set(arithmetic ${PROJECT_SOURCE_DIR}/src/arithmetic.h)
+if(MSVC)
+  target_compile_options(sarnum_settings INTERFACE "SHELL:/FI \"${arithmetic}\"")
+endif()
 if(CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
   target_compile_options(sarnum_settings INTERFACE
     -Wall -Wextra -Wconversion -Wshadow
     # A fused multiply-add rounds once where the definition rounds twice: never.
     -ffp-contract=off
+    "SHELL:-include \"${arithmetic}\""
     # errno after sqrt and log is not part of any contract; values are unchanged.
     -fno-math-errno)
   if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")

@@ -28,6 +28,9 @@ double Kaiser(double beta, int i, int n) {
 }
 
 double Bessel_NULL(double x) {
+  // From here on factorials are infinite; only where a caller rounds towards zero or downwards do
+  // they stay finite, and an infinite power would keep the terms large for ever.
+  constexpr int most_terms = 171;
   const double quarter_square = x * x * 0.25;
   double sum = 1.0;
   double power = 1.0;
@@ -40,6 +43,6 @@ double Bessel_NULL(double x) {
     ++k;
     term = power / factorial / factorial;
     sum += term;
-  } while (std::abs(term) > 1e-8);
+  } while (std::abs(term) > 1e-8 && k <= most_terms);
   return sum;
 }

@@ -60,6 +60,7 @@ void run_detect(const DetectArguments& arguments);
 void run_spectrum(const SpectrumArguments& arguments);
 void run_info(const InfoArguments& arguments);
 void run_stats(const StatsArguments& arguments);
+void run_self_check();
 
 }  // namespace sarnum::tool
 

@@ -22,6 +22,9 @@ namespace {
 
 enum : int { status_done = 0, status_failed = 1, status_usage = 2 };
 
+/// Leaves the parser, as --help does, when there is no command to look for.
+struct SelfCheckRequest {};
+
 struct Arguments {
   bool quiet = false;
   bool progress = false;
@@ -266,6 +269,9 @@ int parse_and_run(int argc, char** argv) {
   Arguments arguments;
   app.require_subcommand(1);
   app.set_version_flag("--version", version_text, "Version, instruction set and GDAL in use");
+  app.add_flag_callback(
+      "--self-check", [] { throw SelfCheckRequest(); },
+      "Whether this machine computes the same values as every other");
   app.get_formatter()->column_width(36);
   add_detect(app, arguments);
   add_multilook(app, arguments);
@@ -284,6 +290,9 @@ int parse_and_run(int argc, char** argv) {
   }
   try {
     app.parse(argc, argv);
+  } catch (const SelfCheckRequest&) {
+    run_self_check();
+    return status_done;
   } catch (const CLI::Success& request) {  // --help, --version
     if (app.exit(request, std::cout, std::cerr) != 0 || !std::cout.flush()) {
       throw Failure("cannot write to the standard output");

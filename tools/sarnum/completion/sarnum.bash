@@ -5,7 +5,7 @@ _sarnum() {
   local options word
   COMPREPLY=()
   if ((COMP_CWORD == 1)); then
-    mapfile -t COMPREPLY < <(compgen -W 'detect multilook spectrum info stats --help --version -h' -- "$current")
+    mapfile -t COMPREPLY < <(compgen -W 'detect multilook spectrum info stats --help --self-check --version -h' -- "$current")
     return
   fi
   case ${COMP_WORDS[1]} in
