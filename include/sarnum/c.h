@@ -280,8 +280,9 @@ typedef struct sarnum_multilook_options {
   size_t looks_across;         ///< columns averaged into one, at least 1
   size_t looks_down;           ///< rows averaged into one, at least 1
   sarnum_detection detection;  ///< what is averaged. Default SARNUM_AS_IS
-  int32_t
-      skip_nan;  ///< 1: the mean of the samples that are not NaN, NaN if there are none. Default 0
+  /// 1: the mean of the samples that are not NaN, or NaN if there are none. 0, the default: NaN if
+  /// one of them is NaN.
+  int32_t skip_nan;
 } sarnum_multilook_options;
 
 #define SARNUM_MULTILOOK_INIT(across, down) \

@@ -1,0 +1,61 @@
+// Reading the options that the caller of the C interface gives: structures that begin with their
+// size, of this version, of an earlier or of a later one.
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <cstring>
+
+#include "c/status.h"
+#include "parallel.h"
+
+namespace sarnum {
+
+/// Reads a structure that the caller's header may declare shorter or longer than ours. Members
+/// that it lacks keep their defaults; members that we lack must be 0.
+/// @param options  the defaults; receives what was given.
+template <class Options>
+sarnum_status read_options(const char* name, const Options* given, Options& options) {
+  std::size_t size = 0;
+  std::memcpy(&size, given, sizeof(size));
+  constexpr std::size_t largest = 4096;
+  if (size < sizeof(size) || size > largest) {
+    return failure(SARNUM_INVALID_ARGUMENT, name, "->size is ", size,
+                   ": begin with the _INIT macro of the structure, which sets it.");
+  }
+  const auto* const bytes = reinterpret_cast<const unsigned char*>(given);
+  if (size > sizeof(Options) && std::any_of(bytes + sizeof(Options), bytes + size,
+                                            [](unsigned char byte) { return byte != 0; })) {
+    return failure(SARNUM_UNSUPPORTED, name, "->size is ", size,
+                   ": an option is set that this version (", SARNUM_VERSION,
+                   ") does not know; leave it at 0 or install a later library.");
+  }
+  std::memcpy(&options, bytes, std::min(size, sizeof(Options)));
+  return SARNUM_OK;
+}
+
+/// Work below this many samples stays on the calling thread.
+constexpr std::size_t least_shared_work = 65536;
+
+/// How a call runs, from what the caller asked for.
+class CallRun {
+ public:
+  /// @param samples  of the whole work
+  sarnum_status read(const sarnum_options* given, std::size_t samples);
+
+  /// For work of so many units of progress. Valid as long as this object.
+  Run of(std::size_t units);
+
+ private:
+  static bool advance(void* self, std::size_t units);
+
+  sarnum_options options_ = SARNUM_OPTIONS_INIT;
+  unsigned threads_ = 1;
+  std::size_t total_ = 0;
+  std::size_t done_ = 0;
+};
+
+/// The status of a loop that was or was not stopped.
+sarnum_status completed(bool is_complete);
+
+}  // namespace sarnum
