@@ -2,8 +2,8 @@
 // with somebody told of the progress, who may stop it.
 //
 // A piece belongs to one thread from its beginning to its end, and no piece reads what another one
-// writes: results do not depend on the number of threads. The threads are made for one loop and have
-// ended when it returns. That costs some ten microseconds, and leaves nothing behind in a
+// writes: results do not depend on the number of threads. The threads are made for one loop and
+// have ended when it returns. That costs some ten microseconds, and leaves nothing behind in a
 // process that unloads the library or forks.
 #pragma once
 
@@ -22,6 +22,13 @@ struct Progress {
 struct Run {
   unsigned threads = 1;  ///< the calling thread among them
   Progress progress;
+};
+
+/// What became of work that needs storage.
+enum class Outcome {
+  complete,
+  stopped,    ///< part of the output was written
+  no_storage  ///< nothing was written
 };
 
 /// What a loop does for each piece: a reference to a function object.

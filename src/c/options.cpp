@@ -37,9 +37,9 @@ bool CallRun::advance(void* self, std::size_t units) {
 }
 
 sarnum_status completed(bool is_complete) {
-  return is_complete
-             ? SARNUM_OK
-             : failure(SARNUM_CANCELLED, "options->progress asked to stop: the output is incomplete.");
+  return is_complete ? SARNUM_OK
+                     : failure(SARNUM_CANCELLED,
+                               "options->progress asked to stop: the output is incomplete.");
 }
 
 }  // namespace sarnum

@@ -25,8 +25,7 @@ class Message {
   Message& operator<<(const char* text);
 
   template <class Number>
-    requires std::is_arithmetic_v<Number>
-  Message& operator<<(Number number) {
+  requires std::is_arithmetic_v<Number> Message& operator<<(Number number) {
     char digits[32];
     *std::to_chars(digits, digits + sizeof(digits) - 1, number).ptr = '\0';
     return *this << digits;
