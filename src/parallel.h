@@ -22,6 +22,11 @@ struct Progress {
 struct Run {
   unsigned threads = 1;  ///< the calling thread among them
   Progress progress;
+
+  /// Tells that the work begins. @return false to leave it.
+  bool begin() const {
+    return progress.advance == nullptr || progress.advance(progress.context, 0);
+  }
 };
 
 /// What became of work that needs storage.

@@ -23,23 +23,23 @@ sarnum_status CallRun::read(const sarnum_options* given, std::size_t samples) {
   return SARNUM_OK;
 }
 
-Run CallRun::of(std::size_t units) {
-  total_ = units;
-  done_ = 0;
-  return {threads_, {options_.progress != nullptr ? &advance : nullptr, this}};
-}
-
 bool CallRun::advance(void* self, std::size_t units) {
   auto& run = *static_cast<CallRun*>(self);
-  run.done_ += units;
+  run.done_ = std::min(run.done_ + units, run.total_);
   return run.options_.progress(run.options_.context, static_cast<double>(run.done_) /
                                                          static_cast<double>(run.total_)) == 0;
 }
 
-sarnum_status completed(bool is_complete) {
-  return is_complete ? SARNUM_OK
-                     : failure(SARNUM_CANCELLED,
-                               "options->progress asked to stop: the output is incomplete.");
+sarnum_status CallRun::status_of(Outcome outcome) {
+  switch (outcome) {
+    case Outcome::complete:
+      return SARNUM_OK;
+    case Outcome::stopped:
+      return failure(SARNUM_CANCELLED,
+                     "options->progress asked to stop: the output is incomplete.");
+    default:
+      return no_memory("work storage");
+  }
 }
 
 }  // namespace sarnum

@@ -43,10 +43,25 @@ class CallRun {
   /// @param samples  of the whole work
   sarnum_status read(const sarnum_options* given, std::size_t samples);
 
-  /// For work of so many units of progress. Valid as long as this object.
-  Run of(std::size_t units);
+  /// Runs work of so many units of progress: once more on one thread if there is no storage for
+  /// several.
+  /// @param work  Outcome (const Run&)
+  template <class Work>
+  sarnum_status perform(std::size_t units, const Work& work) noexcept {
+    return guarded([&] {
+      total_ = units;
+      Outcome outcome = work(run());
+      if (outcome == Outcome::no_storage && threads_ > 1) {
+        threads_ = 1;
+        outcome = work(run());
+      }
+      return status_of(outcome);
+    });
+  }
 
  private:
+  Run run() { return {threads_, {options_.progress != nullptr ? &advance : nullptr, this}}; }
+  static sarnum_status status_of(Outcome outcome);
   static bool advance(void* self, std::size_t units);
 
   sarnum_options options_ = SARNUM_OPTIONS_INIT;
@@ -54,8 +69,5 @@ class CallRun {
   std::size_t total_ = 0;
   std::size_t done_ = 0;
 };
-
-/// The status of a loop that was or was not stopped.
-sarnum_status completed(bool is_complete);
 
 }  // namespace sarnum
