@@ -23,7 +23,7 @@ JOBS = $$(nproc 2>/dev/null || echo 2)
 
 # What `make test` runs under ThreadSanitizer: these tests of these programs.
 THREAD_PROGRAMS = contract_test host_file_layer_test
-THREAD_TESTS = RunsBesideEveryOther|a_race_is_reported|OfTwoThreads
+THREAD_TESTS = RunsBesideEveryOther|^CInterface|a_race_is_reported|OfTwoThreads
 # And under AddressSanitizer and UndefinedBehaviorSanitizer: all tests of the target checked_programs.
 UNCHECKED_TESTS = ^package|^docs|_NOT_BUILT$$
 
