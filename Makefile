@@ -13,7 +13,8 @@ LONG_TEST_PACKAGES = $(TEST_PACKAGES) clang libclang-rt-dev
 COVERAGE_PACKAGES = $(TEST_PACKAGES) gcovr
 DOCS_PACKAGES = $(BUILD_PACKAGES) python3 doxygen doxygen-awesome-css
 PACKAGE_PACKAGES = $(DOCS_PACKAGES) $(PYTHON_PACKAGES) dpkg-dev file gzip lintian
-WINDOWS_PACKAGES = cmake ninja-build g++-mingw-w64-x86-64-posix wine64 googletest
+WINDOWS_PACKAGES = cmake ninja-build g++-mingw-w64-x86-64-posix gcc-mingw-w64-x86-64-posix clang lld llvm \
+  wine64 googletest
 LINT_PACKAGES = $(TEST_PACKAGES) clang clang-format clang-tidy
 BENCH_PACKAGES = $(BUILD_PACKAGES) $(PYTHON_PACKAGES) libbenchmark-dev libfftw3-dev \
   libopenblas-dev liblapacke-dev pkgconf gdal-bin python3-gdal python3-scipy

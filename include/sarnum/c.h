@@ -184,7 +184,7 @@ SARNUM_C_API sarnum_status sarnum_transform(const sarnum_plan* plan, sarnum_dire
 /// @param distance  from a line to the next line. No two lines may share a sample: either
 ///                  |distance| ≥ (n − 1)·|stride| + 1, or |stride| ≥ (count − 1)·|distance| + 1
 ///                  with distance not 0. Ignored when count is 1.
-/// @param options   fewer than 2^16 samples (n·count) stay on the calling thread.
+/// @param options   fewer than 2^17 samples (n·count) stay on the calling thread.
 SARNUM_C_API sarnum_status sarnum_transform_lines(
     const sarnum_plan* plan, sarnum_direction direction, sarnum_scaling scaling, void* re, void* im,
     size_t count, ptrdiff_t stride, ptrdiff_t distance, const sarnum_options* options);
@@ -216,7 +216,7 @@ SARNUM_C_API sarnum_status sarnum_compress_lines(const sarnum_plan* plan, const 
 // must not overlap each other. Row k of the target may begin where row k of the source begins
 // (transform in place); otherwise no row of the target may overlap a row of the source.
 //
-// Fewer than 2^16 pixels in the target stay on the calling thread. Progress is called after each
+// Fewer than 2^17 pixels in the target stay on the calling thread. Progress is called after each
 // row and each block of columns.
 
 /// Transforms an image by plans, in full precision: every row by sarnum_transform() with row_plan,
@@ -304,7 +304,7 @@ typedef struct sarnum_multilook_options {
 /// @param target            first row of the target. No row of it may overlap another one or the
 ///                          source.
 /// @param target_row_bytes  from a row of the target to the next one; may be negative.
-/// @param options           fewer than 2^16 pixels in the source stay on the calling thread.
+/// @param options           fewer than 2^17 pixels in the source stay on the calling thread.
 SARNUM_C_API sarnum_status sarnum_multilook(sarnum_type type, const void* source, size_t width,
                                             size_t height, ptrdiff_t source_row_bytes,
                                             sarnum_type target_type, void* target,
