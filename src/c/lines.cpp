@@ -79,6 +79,11 @@ struct GivenLines {
   }
 };
 
+Arguments& check_apart(Arguments& arguments, bool parts_are_apart) {
+  return arguments.that(parts_are_apart, "im", "an array that shares numbers with re",
+                        "pass an array of its own, or NULL if samples are interleaved in re");
+}
+
 Arguments& check_lines(Arguments& arguments, const GivenLines& lines) {
   arguments.array("re", lines.re, lines.number_size);
   if (lines.im != nullptr) {
@@ -95,12 +100,10 @@ Arguments& check_lines(Arguments& arguments, const GivenLines& lines) {
   if (arguments.are_refused()) {
     return arguments;
   }
-  return arguments
-      .that(lines.lines_are_apart(), "distance", lines.distance, "lines of ", lines.n,
-            " samples at stride ", lines.stride,
-            " would share samples; pass the distance from a line to the next one")
-      .that(lines.parts_are_apart(), "im", "an array that shares numbers with re",
-            "pass an array of its own, or NULL if samples are interleaved in re");
+  arguments.that(lines.lines_are_apart(), "distance", lines.distance, "lines of ", lines.n,
+                 " samples at stride ", lines.stride,
+                 " would share samples; pass the distance from a line to the next one");
+  return check_apart(arguments, lines.parts_are_apart());
 }
 
 template <class Real>
@@ -147,8 +150,14 @@ sarnum_status sarnum_transform(const sarnum_plan* plan, sarnum_direction directi
                                sarnum_scaling scaling, void* re, void* im) {
   Arguments arguments;
   check_scaling(check_direction(check_plan(arguments, "plan", plan), direction), scaling);
-  if (!arguments.are_refused()) {
-    check_lines(arguments, {plan->n, plan->number_size(), re, im, 1, 1, 0});
+  if (arguments.are_refused()) {
+    return arguments.status();
+  }
+  arguments.array("re", re, plan->number_size());
+  if (im != nullptr) {
+    const std::size_t bytes = plan->n * plan->number_size();
+    check_apart(arguments.array("im", im, plan->number_size()),
+                !Extent(re, bytes).overlaps(Extent(im, bytes)));
   }
   if (arguments.are_refused()) {
     return arguments.status();

@@ -21,11 +21,12 @@ enum class Scaling { none, by_length, by_root };
 
 template <class Real>
 Real scale_of(Scaling scaling, int m) {
+  if (scaling == Scaling::none) {
+    return 1;
+  }
   const Real inverse = inverse_length<Real>(m);
   // The root of an exact power of two: one rounding.
-  return scaling == Scaling::none        ? 1
-         : scaling == Scaling::by_length ? inverse
-                                         : std::sqrt(inverse);
+  return scaling == Scaling::by_length ? inverse : std::sqrt(inverse);
 }
 
 /// A source of twiddles for transform(), of lines of 2^m elements.
