@@ -107,15 +107,16 @@ bench:
 	@sh cmake/install_packages.sh $(BENCH_PACKAGES)
 	cmake --preset bench
 	cmake --build --preset bench --parallel "$(JOBS)" \
-	  --target transforms_bench numeric_bench linalg_bench multilook_bench sarnum_tool sarnum_python
-	for name in transforms numeric linalg multilook; do \
+	  --target transforms_bench c_interface_bench numeric_bench linalg_bench multilook_bench \
+	    sarnum_tool sarnum_python
+	for name in transforms c_interface numeric linalg multilook; do \
 	  build/bench/bench/$${name}_bench build/bench/$$name.json || exit 1; \
 	done
 	/usr/bin/python3 bench/tool_bench.py build/bench/tools/sarnum/sarnum build/bench/rasters \
 	  build/bench/tool.json
 	PYTHONPATH=build/bench/python /usr/bin/python3 bench/python_bench.py build/bench/python.json
 	/usr/bin/python3 bench/table.py build/bench/all.json \
-	  build/bench/transforms.json build/bench/numeric.json build/bench/linalg.json \
+	  build/bench/transforms.json build/bench/c_interface.json build/bench/numeric.json build/bench/linalg.json \
 	  build/bench/multilook.json build/bench/tool.json build/bench/python.json
 
 docs:

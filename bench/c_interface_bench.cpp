@@ -138,12 +138,8 @@ std::vector<Piece> all_pieces() {
   fftw_init_threads();
   fftw_plan_with_nthreads(2);
   std::vector<Piece> pieces;
-  for (const std::size_t n : {16, 32, 64, 128, 256, 512}) {
-    add_lines<float>(pieces, "float", n, 256);
-  }
   add_lines<float>(pieces, "float", 512, 4096);
   add_lines<double>(pieces, "double", 512, 4096);
-  add_image<float>(pieces, "float", 256);
   add_image<float>(pieces, "float", 4096);
   add_image<double>(pieces, "double", 4096);
   add_fftw(pieces, 4096);
