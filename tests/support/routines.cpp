@@ -637,7 +637,7 @@ void add_linear_algebra() {
                                              NAMED(Solve_System));
   add<int(double*, int, long double*)>({one_written, count, matrix_changed}, blocked,
                                        NAMED(LnAbsDeterminant));
-  add<int(int, long double*, long double*)>({count, matrix_read, matrix_written}, blocked,
+  add<int(int, long double*, long double*)>({count, matrix_read, matrix_written}, inverse,
                                             NAMED(MatrixInversion));
   add<void(long double*, long double*, long double*, int, int, int)>(
       {augmented_read, augmented_read, matrix_written, count, count_plus_one, count},
