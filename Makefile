@@ -13,7 +13,8 @@ LONG_TEST_PACKAGES = $(TEST_PACKAGES) libclang-rt-dev
 COVERAGE_PACKAGES = $(TEST_PACKAGES) gcovr
 DOCS_PACKAGES = $(BUILD_PACKAGES) python3 doxygen doxygen-awesome-css
 PACKAGE_PACKAGES = $(DOCS_PACKAGES) $(PYTHON_PACKAGES) dpkg-dev file gzip lintian
-WINDOWS_PACKAGES = cmake ninja-build g++-mingw-w64-x86-64-posix wine64 googletest
+WINDOWS_PACKAGES = cmake ninja-build g++-mingw-w64-x86-64-posix gcc-mingw-w64-x86-64-posix clang lld llvm \
+  wine64 googletest
 ARM_PACKAGES = cmake ninja-build g++-aarch64-linux-gnu g++-s390x-linux-gnu qemu-user googletest
 LINT_PACKAGES = $(TEST_PACKAGES) clang-format clang-tidy
 BENCH_PACKAGES = $(BUILD_PACKAGES) $(PYTHON_PACKAGES) libbenchmark-dev libfftw3-dev \
@@ -24,7 +25,7 @@ JOBS = $$(nproc 2>/dev/null || echo 2)
 
 # What `make test` runs under ThreadSanitizer: these tests of these programs.
 THREAD_PROGRAMS = contract_test host_file_layer_test
-THREAD_TESTS = RunsBesideEveryOther|a_race_is_reported|OfTwoThreads
+THREAD_TESTS = RunsBesideEveryOther|^CInterface|a_race_is_reported|OfTwoThreads
 # And under AddressSanitizer and UndefinedBehaviorSanitizer: all tests of the target checked_programs.
 UNCHECKED_TESTS = ^package|^docs|_NOT_BUILT$$
 
@@ -120,15 +121,16 @@ bench:
 	@sh cmake/install_packages.sh $(BENCH_PACKAGES)
 	cmake --preset bench
 	cmake --build --preset bench --parallel "$(JOBS)" \
-	  --target transforms_bench numeric_bench linalg_bench multilook_bench sarnum_tool sarnum_python
-	for name in transforms numeric linalg multilook; do \
+	  --target transforms_bench c_interface_bench numeric_bench linalg_bench multilook_bench \
+	    sarnum_tool sarnum_python
+	for name in transforms c_interface numeric linalg multilook; do \
 	  build/bench/bench/$${name}_bench build/bench/$$name.json || exit 1; \
 	done
 	/usr/bin/python3 bench/tool_bench.py build/bench/tools/sarnum/sarnum build/bench/rasters \
 	  build/bench/tool.json
 	PYTHONPATH=build/bench/python /usr/bin/python3 bench/python_bench.py build/bench/python.json
 	/usr/bin/python3 bench/table.py build/bench/all.json \
-	  build/bench/transforms.json build/bench/numeric.json build/bench/linalg.json \
+	  build/bench/transforms.json build/bench/c_interface.json build/bench/numeric.json build/bench/linalg.json \
 	  build/bench/multilook.json build/bench/tool.json build/bench/python.json
 
 docs:

@@ -3,8 +3,8 @@
 //
 // A line transform is a function of the two arrays of a line and the twiddles of its length. All
 // arithmetic is in double; results are rounded to float at each store for float elements, and in
-// the inverse for elements of either type. None scales; divides_in_2d says whether a
-// two-dimensional transform made of it divides each line by its length.
+// the inverse for elements of either type. None scales; scale() is what a two-dimensional transform
+// made of it multiplies each line by.
 #pragma once
 
 #include <type_traits>
@@ -32,12 +32,16 @@ inline Twiddles<double> line_twiddles(int m) {
 
 template <Direction of>
 struct PlainLine {
-  static constexpr bool divides_in_2d = of == Direction::forward;
-  static constexpr Direction direction = of;
+  static constexpr bool is_inverse = of == Direction::inverse;
   template <class Real>
-  using Rounded = std::conditional_t<of == Direction::forward, Real, float>;
+  using Rounded = std::conditional_t<is_inverse, float, Real>;
 
   static constexpr bool is_centred() { return false; }
+
+  template <class Real>
+  Real scale(int m) const {
+    return is_inverse ? Real{1} : inverse_length<Real>(m);
+  }
 
   template <class Real>
   void operator()(Real* re, Real* im, const Twiddles<double>& twiddles) const {
@@ -51,14 +55,18 @@ using InverseLine = PlainLine<Direction::inverse>;
 /// The forward transform, of the line multiplied by (−1)^i when `centre` is 1: that moves
 /// frequency zero to the middle.
 struct CentredForwardLine {
-  static constexpr bool divides_in_2d = true;
-  static constexpr Direction direction = Direction::forward;
+  static constexpr bool is_inverse = false;
   template <class Real>
   using Rounded = Real;
 
   int centre;
 
   bool is_centred() const { return centre == 1; }
+
+  template <class Real>
+  Real scale(int m) const {
+    return inverse_length<Real>(m);
+  }
 
   template <class Real>
   void operator()(Real* re, Real* im, const Twiddles<double>& twiddles) const {

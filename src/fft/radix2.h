@@ -119,26 +119,33 @@ void exchange(Samples x, std::size_t i, std::size_t j) {
   x.store(j, at_i);
 }
 
-/// Brings the results of the stages into natural order.
-template <class Samples>
-void permute_bit_reversed(Samples x, int m) {
+/// Calls visit(i, j) for the pairs of elements that change places, j being i with its m bits
+/// reversed, by ascending i.
+template <class Visit>
+void for_each_exchange(int m, const Visit& visit) {
   const int n = 1 << m;
   for (int i = 0; i < n; ++i) {
     const int j = reverse_low_bits(i, m);
     if (j > i) {
-      exchange(x, static_cast<std::size_t>(i), static_cast<std::size_t>(j));
+      visit(i, j);
     }
   }
 }
 
-/// Divides all 2^m elements by their number, in their own precision.
+/// Brings the results of the stages into natural order.
 template <class Samples>
-void divide_by_length(Samples x, int m) {
-  const std::size_t n = std::size_t{1} << m;
-  const auto divisor = static_cast<typename Samples::Element>(n);
-  for (std::size_t i = 0; i < n; ++i) {
+void permute_bit_reversed(Samples x, int m) {
+  for_each_exchange(m, [x](int i, int j) {
+    exchange(x, static_cast<std::size_t>(i), static_cast<std::size_t>(j));
+  });
+}
+
+/// Multiplies all 2^m elements, in their own precision.
+template <class Samples>
+void multiply(Samples x, int m, typename Samples::Element factor) {
+  for (std::size_t i = 0; i < std::size_t{1} << m; ++i) {
     const auto value = x.load(i);
-    x.store(i, {value.re / divisor, value.im / divisor});
+    x.store(i, {value.re * factor, value.im * factor});
   }
 }
 

@@ -15,10 +15,9 @@ void transform(Samples x, int m) {
   if (!sarnum::is_transform_exponent(m)) {
     return;
   }
-  constexpr auto scaling =
-      direction == Direction::inverse ? sarnum::Scaling::by_length : sarnum::Scaling::none;
+  const float scale = direction == Direction::inverse ? sarnum::inverse_length<float>(m) : 1;
   const sarnum::Twiddles<float> twiddles(static_cast<float>(sarnum::pi) * 2.0F, m);
-  sarnum::transform<sarnum::Arithmetic<float, float>, direction, scaling>(x, m, twiddles);
+  sarnum::transform<sarnum::Arithmetic<float, float>, direction>(x, m, twiddles, scale);
 }
 
 }  // namespace

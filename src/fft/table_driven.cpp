@@ -31,7 +31,6 @@ struct TableTwiddles {
     }
   }
 
-  static Direction direction() { return Direction::forward; }
   const sarnum::Level& level() const { return sarnum::level_in_use(); }
   std::optional<sarnum::KernelTwiddles<Real>> for_kernels() const {
     return tables.kernel_table<Real>().twiddles(level(), *tables.ready_exponent);
@@ -44,10 +43,8 @@ void transform(Samples x, int m) {
   if (sarnum::table_state.ready_exponent != m) {
     return;
   }
-  constexpr auto scaling =
-      direction == Direction::inverse ? sarnum::Scaling::by_length : sarnum::Scaling::none;
-  sarnum::transform<sarnum::Arithmetic<Real, Real>, direction, scaling>(x, m,
-                                                                        TableTwiddles<Real>{});
+  const Real scale = direction == Direction::inverse ? sarnum::inverse_length<Real>(m) : 1;
+  sarnum::transform<sarnum::Arithmetic<Real, Real>, direction>(x, m, TableTwiddles<Real>{}, scale);
 }
 
 }  // namespace

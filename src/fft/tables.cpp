@@ -89,21 +89,15 @@ int init_ibitr(int m) {
     tables.sine[i] = twiddle.s;
   }
   tables.swap_count = 0;
-  for (std::size_t i = 0; i <= n; ++i) {
-    if (tables.bit_reversal[i] > static_cast<int>(i)) {
-      ++tables.swap_count;
-    }
-  }
+  sarnum::for_each_exchange(m, [&](int, int) { ++tables.swap_count; });
   if (!tables.swap_pairs.reserve(2 * static_cast<std::size_t>(tables.swap_count) + slack)) {
     return 4;
   }
   std::size_t end = 0;
-  for (std::size_t i = 0; i <= n; ++i) {
-    if (tables.bit_reversal[i] > static_cast<int>(i)) {
-      tables.swap_pairs[end++] = static_cast<int>(i);
-      tables.swap_pairs[end++] = tables.bit_reversal[i];
-    }
-  }
+  sarnum::for_each_exchange(m, [&](int i, int j) {
+    tables.swap_pairs[end++] = i;
+    tables.swap_pairs[end++] = j;
+  });
   const sarnum::Level& level = sarnum::level_in_use();
   tables.double_kernels.fill(level, m, tables.cosine, tables.sine);
   tables.float_kernels.fill(level, m, tables.cosine, tables.sine);

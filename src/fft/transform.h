@@ -31,6 +31,12 @@ inline void run_kernel(const Level& level, Arithmetic<double, float>, bool, Spli
   level.float_rounded(x.re, x.im, m, w, scale);
 }
 
+inline void run_kernel(const Level& level, Arithmetic<double, double>, bool inverse,
+                       InterleavedSamples<double> x, int m, const KernelTwiddles<double>& w,
+                       double scale) {
+  level.double_interleaved(x.data, inverse, m, w, scale);
+}
+
 inline void run_kernel(const Level& level, Arithmetic<float, float>, bool inverse,
                        InterleavedSamples<float> x, int m, const KernelTwiddles<float>& w,
                        float scale) {
@@ -49,26 +55,26 @@ InterleavedSamples<Real> exchanged(InterleavedSamples<Real> x) {
   return x;
 }
 
-enum class Scaling { none, by_length };
+/// What results are multiplied by to be divided by their number, a power of two: exactly the same.
+template <class Element>
+Element inverse_length(int m) {
+  return Element{1} / static_cast<Element>(1 << m);
+}
 
-/// A transform whose results are divided by their number or left as they are.
+/// A transform whose results are multiplied by `scale`.
 /// @param twiddles  Twiddles, or another source with the same operations.
-template <class Arithmetic, Direction direction, Scaling scaling = Scaling::none, class Samples,
-          class TwiddleSource>
-void transform(Samples x, int m, const TwiddleSource& twiddles) {
-  using Element = typename Samples::Element;
+template <class Arithmetic, Direction direction, class Samples, class TwiddleSource>
+void transform(Samples x, int m, const TwiddleSource& twiddles,
+               typename Samples::Element scale = 1) {
   if (const auto w = twiddles.for_kernels(); w.has_value()) {
-    // The length is a power of two: multiplying by its inverse is dividing by it.
-    const Element scale =
-        scaling == Scaling::none ? Element{1} : Element{1} / static_cast<Element>(1 << m);
-    const bool inverse = direction != twiddles.direction();
+    constexpr bool inverse = direction == Direction::inverse;
     run_kernel(twiddles.level(), Arithmetic{}, inverse, inverse ? exchanged(x) : x, m, *w, scale);
     return;
   }
   butterflies<Arithmetic, direction>(x, m, twiddles);
   twiddles.permute(x);
-  if constexpr (scaling == Scaling::by_length) {
-    divide_by_length(x, m);
+  if (scale != 1) {
+    multiply(x, m, scale);
   }
 }
 

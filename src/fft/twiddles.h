@@ -82,12 +82,11 @@ class Twiddles {
   Twiddles(Real two_pi, int m)
       : Twiddles(two_pi, LaneOrder{m, lane_exponent<Real>(level_in_use(), m)}) {}
 
-  /// In a given order, and for kernels of one direction.
-  Twiddles(Real two_pi, LaneOrder order, Direction direction = Direction::forward)
-      : two_pi_(two_pi), level_(level_in_use()), order_(order), direction_(direction) {
+  /// In a given order.
+  Twiddles(Real two_pi, LaneOrder order) : two_pi_(two_pi), level_(level_in_use()), order_(order) {
     table_.reset(new (std::nothrow) Real[2 * order_.lanes() * order_.vectors()]);
     if (table_ != nullptr) {
-      order_.fill(table_.get(), [this](std::size_t angle) { return directed(compute(angle)); });
+      order_.fill(table_.get(), [this](std::size_t angle) { return compute(angle); });
     }
   }
 
@@ -100,7 +99,7 @@ class Twiddles {
           static_cast<std::size_t>(reverse_low_bits(static_cast<int>(group), order_.m - 1)));
     }
     const Real* const cosine = table_.get() + order_.cosine_of(group);
-    return directed({cosine[0], cosine[order_.lanes()]});
+    return {cosine[0], cosine[order_.lanes()]};
   }
 
   /// Brings the results of the plain form into natural order.
@@ -110,9 +109,6 @@ class Twiddles {
   }
 
   const Level& level() const { return level_; }
-
-  /// The transforms that for_kernels() and for_columns() make of a forward kernel.
-  Direction direction() const { return direction_; }
 
   /// What the kernels of the level read for a line, if there is one for this length.
   std::optional<KernelTwiddles<Real>> for_kernels() const {
@@ -134,15 +130,9 @@ class Twiddles {
     return twiddle_at(two_pi_, static_cast<int>(angle), 1 << order_.m);
   }
 
-  /// From forward to the table's direction, and back.
-  Twiddle<Real> directed(Twiddle<Real> w) const {
-    return {w.c, direction_ == Direction::inverse ? -w.s : w.s};
-  }
-
   Real two_pi_;
   const Level& level_;
   LaneOrder order_;
-  Direction direction_;
   std::unique_ptr<Real[]> table_;
 };
 

@@ -7,7 +7,7 @@ library=$1 list=$2
 
 # Compilers differ in how often they emit a constructor, and in weak or strong, but not in names.
 exported() {
-  nm -D --defined-only -C "$library" | sed -E 's/^[0-9a-f]* *[A-Za-z] //' | LC_ALL=C sort -u
+  nm -D --defined-only -C "$library" | sed -E "/ A /d; s/^[0-9a-f]* *[A-Za-z] //" | LC_ALL=C sort -u
 }
 
 if [ "${3:-}" = --renew ]; then

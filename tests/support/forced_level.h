@@ -23,10 +23,12 @@ class ForcedLevel {
     inner_update = update_.update;
     level_.double_split = line<&Level::double_split>;
     level_.float_split = line<&Level::float_split>;
+    level_.double_interleaved = line<&Level::double_interleaved>;
     level_.float_interleaved = line<&Level::float_interleaved>;
     level_.double_rounded = line<&Level::double_rounded>;
     level_.float_rounded = line<&Level::float_rounded>;
     level_.double_raster = {row<&Level::double_raster>, block<&Level::double_raster>};
+    level_.float_raster = {row<&Level::float_raster>, block<&Level::float_raster>};
     level_.double_rounded_raster = {row<&Level::double_rounded_raster>,
                                     block<&Level::double_rounded_raster>};
     level_.float_rounded_raster = {row<&Level::float_rounded_raster>,

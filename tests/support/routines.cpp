@@ -1,9 +1,11 @@
 #include "routines.h"
 
 #include <cxxabi.h>
+#include <sarnum/c.h>
 #include <sarnum/sarnum.h>
 
 #include <algorithm>
+#include <bit>
 #include <cfenv>
 #include <cmath>
 #include <cstdint>
@@ -18,9 +20,11 @@
 #include <tuple>
 #include <type_traits>
 #include <typeinfo>
+#include <utility>
 
 #include "guarded_pages.h"
 #include "pixel_cases.h"
+#include "plain_transform.h"
 #include "temporary_folder.h"
 
 namespace {
@@ -55,6 +59,69 @@ void record_elements(const unsigned char* from, std::size_t bytes, std::vector<l
 
 thread_local const char* running = "";
 
+/// What a parameter is for.
+enum class Role {
+  // Integers.
+  count,
+  count_plus_one,
+  exponent,       ///< of the length
+  filter_length,  ///< count of the samples of a filter
+  any_integer,
+  shift,
+  row_or_column,
+  order_of_fit,
+  degree_of_fit,
+  order_of_surface,
+  part_of_length,
+  centre,  ///< the switch of centred transforms
+  looks_across,
+  looks_down,
+  pixel_code,
+  raster_width,
+  raster_height,
+  // Arrays, as long as the count or the exponent says.
+  numbers_read,
+  numbers_changed,
+  numbers_written,
+  pairs_changed,  ///< twice as long
+  longer_read,    ///< of one element more
+  longer_written,
+  pixels,
+  // Arrays of other lengths.
+  one_written,
+  three_read,
+  rows_of_five,
+  coefficients,  ///< as many as the order or degree of a fit needs
+  matrix_read,   ///< square ones
+  matrix_changed,
+  matrix_written,
+  augmented_read,  ///< with one column more
+  augmented_changed,
+  block_read,  ///< of CVeryFastFT
+  block_written,
+  // Rows of a raster.
+  rows_to_forward,
+  rows_to_inverse,
+  rows_written,
+  // Others.
+  number,
+  object,
+  meter
+};
+using Roles = std::vector<Role>;
+
+/// The sizes that the roles speak of.
+const Sizes& sizes_of(const Roles& roles) {
+  using enum Role;
+  const auto have = [&roles](std::initializer_list<Role> any) {
+    return std::ranges::find_first_of(roles, any) != roles.end();
+  };
+  return have({exponent, rows_to_forward, rows_to_inverse, block_read})           ? exponents
+         : have({filter_length})                                                  ? signals
+         : have({matrix_read, matrix_changed, augmented_read, augmented_changed}) ? orders
+                                                                                  : counts;
+}
+
 }  // namespace
 
 Call::Call(const Conditions& given)
@@ -82,19 +149,19 @@ unsigned char* Call::place(std::size_t bytes, std::size_t alignment, Block block
 }
 
 template <class T>
-T* Call::array(Role role, std::ptrdiff_t count) {
+T* Call::array(Use use, std::ptrdiff_t count) {
   if constexpr (std::is_same_v<T, COMPLEX_FLOAT32>) {
-    return reinterpret_cast<T*>(array<float>(role, 2 * count));
+    return reinterpret_cast<T*>(array<float>(use, 2 * count));
   } else {
     const std::size_t elements = static_cast<std::size_t>(std::max<std::ptrdiff_t>(count, 0));
     Block block{};
-    block.role = role;
+    block.use = use;
     if constexpr (std::is_arithmetic_v<T>) {
       block.record = record_elements<T>;
     }
     T* const values = reinterpret_cast<T*>(place(elements * sizeof(T), alignof(T), block));
     if constexpr (std::is_arithmetic_v<T>) {
-      for (std::size_t i = 0; i < elements && role != output; ++i) {
+      for (std::size_t i = 0; i < elements && use != output; ++i) {
         values[i] = number<T>(i, elements);
       }
     }
@@ -166,7 +233,7 @@ void Call::run(const std::function<double()>& body) {
     EXPECT_TRUE(std::equal(is, is + block.begin, was)) << running << " wrote before array " << i;
     EXPECT_TRUE(std::equal(is + end, is + block.room, was + end))
         << running << " wrote after array " << i;
-    if (block.role == input) {
+    if (block.use == input) {
       EXPECT_TRUE(is_equal) << running << " changed input " << i;
     } else {
       outcome.untouched = outcome.untouched && is_equal;
@@ -179,6 +246,13 @@ Outcome Routine::outcome(const Conditions& conditions) const {
   running = symbols.c_str();
   Call made(conditions);
   call(made);
+  return made.outcome;
+}
+
+Outcome Routine::defined_outcome(const Conditions& conditions) const {
+  running = "the definition";
+  Call made(conditions);
+  definition(made);
   return made.outcome;
 }
 
@@ -223,58 +297,66 @@ int pixel_type(Call& c) {
   return c.choose({1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16}, {0, 17, -1});
 }
 
-int integer(Call& c, char role, std::ptrdiff_t elements) {
-  if (role == 't') {
+int integer(Call& c, Role role, std::ptrdiff_t elements) {
+  if (role == Role::pixel_code) {
     return c.raster != nullptr ? c.raster->type : pixel_type(c);
   }
   const int n = c.size, length = static_cast<int>(elements), longer = static_cast<int>(n + 1LL);
   const struct {
-    char role;
+    Role role;
     std::vector<int> lawful, unlawful;
   } choices[] = {
-      {'z', {longer}, {}},
-      {'W', {c.raster != nullptr ? c.raster->width : 0}, {}},
-      {'H', {c.raster != nullptr ? c.raster->height : 0}, {}},
-      {'v', {c.number<int>() % 23 + 18}, {}},
-      {'s', {n / 3, -(n / 2), n}, {longer, static_cast<int>(-1LL - n), INT_MIN, INT_MAX}},
-      {'j', {1, n / 2 + 1, n}, {0, -1, INT_MAX}},
-      {'k', {1, 2, 3, 4, 5}, {0, 6, -1}},
-      {'g', {1, 4, 2, 3, 0}, {-1, 5, INT_MAX}},
-      {'u', {length, length / 2, -3, 0, INT_MAX}, {}},
-      {'e', {1, 0, -1}, {}},
-      {'G', {6, 2, 1, 3, 0, -5, INT_MAX}, {}},
-      {'q', {2, 1, 200}, {0, -1}},
-      {'r', {3, 2, 36}, {0, 37}},
+      {Role::count_plus_one, {longer}, {}},
+      {Role::raster_width, {c.raster != nullptr ? c.raster->width : 0}, {}},
+      {Role::raster_height, {c.raster != nullptr ? c.raster->height : 0}, {}},
+      {Role::any_integer, {c.number<int>() % 23 + 18}, {}},
+      {Role::shift, {n / 3, -(n / 2), n}, {longer, static_cast<int>(-1LL - n), INT_MIN, INT_MAX}},
+      {Role::row_or_column, {1, n / 2 + 1, n}, {0, -1, INT_MAX}},
+      {Role::order_of_fit, {1, 2, 3, 4, 5}, {0, 6, -1}},
+      {Role::degree_of_fit, {1, 4, 2, 3, 0}, {-1, 5, INT_MAX}},
+      {Role::part_of_length, {length, length / 2, -3, 0, INT_MAX}, {}},
+      {Role::centre, {1, 0, -1}, {}},
+      {Role::order_of_surface, {6, 2, 1, 3, 0, -5, INT_MAX}, {}},
+      {Role::looks_across, {2, 1, 200}, {0, -1}},
+      {Role::looks_down, {3, 2, 36}, {0, 37}},
       {role, {n}, {}},
   };
   const auto* const found =
       std::ranges::find(choices, role, &std::decay_t<decltype(*choices)>::role);
   const int value = c.choose(found->lawful, found->unlawful);
-  if (role == 'k') {
+  if (role == Role::order_of_fit) {
     c.outputs = std::clamp(value, 0, 5);
-  } else if (role == 'g') {
+  } else if (role == Role::degree_of_fit) {
     c.outputs = value < 0 || value > 4 ? 15 : (value + 1) * (value + 2) / 2;
   }
   return value;
 }
 
 template <class Element>
-Element* pointer(Call& c, char role, std::ptrdiff_t elements) {
+Element* pointer(Call& c, Role role, std::ptrdiff_t elements) {
   const std::ptrdiff_t n = room_for(c.size), longer = room_for(std::int64_t{c.size} + 1);
   const std::ptrdiff_t side = length_of(elements > 0 ? c.size / 2 : 0), block = side * (side + 1);
   const struct {
-    char role;
-    Call::Role use;
+    Role role;
+    Call::Use use;
     std::ptrdiff_t count;
   } arrays[] = {
-      {'i', Call::input, elements},    {'x', Call::changed, elements},
-      {'o', Call::output, elements},   {'X', Call::changed, 2 * elements},
-      {'y', Call::input, longer},      {'w', Call::output, longer},
-      {'b', Call::input, block},       {'B', Call::output, block},
-      {'R', Call::input, n * (n + 1)}, {'S', Call::changed, n * (n + 1)},
-      {'A', Call::input, n * n},       {'M', Call::changed, n * n},
-      {'O', Call::output, n * n},      {'3', Call::input, 3},
-      {'1', Call::output, 1},          {role, Call::output, c.outputs},
+      {Role::numbers_read, Call::input, elements},
+      {Role::numbers_changed, Call::changed, elements},
+      {Role::numbers_written, Call::output, elements},
+      {Role::pairs_changed, Call::changed, 2 * elements},
+      {Role::longer_read, Call::input, longer},
+      {Role::longer_written, Call::output, longer},
+      {Role::block_read, Call::input, block},
+      {Role::block_written, Call::output, block},
+      {Role::augmented_read, Call::input, n * (n + 1)},
+      {Role::augmented_changed, Call::changed, n * (n + 1)},
+      {Role::matrix_read, Call::input, n * n},
+      {Role::matrix_changed, Call::changed, n * n},
+      {Role::matrix_written, Call::output, n * n},
+      {Role::three_read, Call::input, 3},
+      {Role::one_written, Call::output, 1},
+      {role, Call::output, c.outputs},
   };
   const auto* const found = std::ranges::find(arrays, role, &std::decay_t<decltype(*arrays)>::role);
   return c.array<Element>(found->use, found->count);
@@ -284,8 +366,8 @@ std::vector<Routine> all;
 
 /// The argument for a parameter of type T, by the next role; see routines() below.
 template <class T>
-T argument(Call& c, const char*& roles, std::ptrdiff_t elements) {
-  const char role = *roles++;
+T argument(Call& c, Roles::const_iterator& roles, std::ptrdiff_t elements) {
+  const Role role = *roles++;
   if constexpr (std::is_same_v<T, double>) {
     return c.number<double>();
   } else if constexpr (std::is_same_v<T, int>) {
@@ -293,8 +375,10 @@ T argument(Call& c, const char*& roles, std::ptrdiff_t elements) {
   } else if constexpr (std::is_same_v<T, void*>) {
     return c.pixels(pixel_type(c), elements);
   } else if constexpr (std::is_same_v<T, void**>) {
-    c.raster = role == 'Q' ? c.raster : std::make_shared<Call::Raster>(c, role == 'F');
-    return role == 'Q' ? c.raster->dst : c.raster->src;
+    c.raster = role == Role::rows_written
+                   ? c.raster
+                   : std::make_shared<Call::Raster>(c, role == Role::rows_to_forward);
+    return role == Role::rows_written ? c.raster->dst : c.raster->src;
   } else if constexpr (std::is_same_v<T, CMeterInfo*>) {
     return c.raster.get();
   } else if constexpr (std::is_array_v<std::remove_pointer_t<T>>) {  // lin_yr's rows
@@ -309,11 +393,11 @@ T argument(Call& c, const char*& roles, std::ptrdiff_t elements) {
 }
 
 template <class Result, class... Parameters>
-std::function<void(Call&)> caller(std::function<Result(Parameters...)> f, const char* roles) {
+std::function<void(Call&)> caller(std::function<Result(Parameters...)> f, const Roles& roles) {
   return [f, roles](Call& c) {
-    const bool is_exponent = std::strchr(roles, 'm') != nullptr;
-    const std::ptrdiff_t elements = is_exponent ? length_of(c.size) : room_for(c.size);
-    const char* role = roles;
+    const std::ptrdiff_t elements =
+        &sizes_of(roles) == &exponents ? length_of(c.size) : room_for(c.size);
+    auto role = roles.begin();
     const std::tuple<Parameters...> arguments{argument<Parameters>(c, role, elements)...};
     c.run([&] {
       if constexpr (std::is_void_v<Result>) {
@@ -327,28 +411,25 @@ std::function<void(Call&)> caller(std::function<Result(Parameters...)> f, const 
 }
 
 template <class Object, class Result, class... Parameters>
-std::function<void(Call&)> caller(Result (Object::*f)(Parameters...), const char* roles) {
+std::function<void(Call&)> caller(Result (Object::*f)(Parameters...), const Roles& roles) {
   return caller(std::function<Result(std::shared_ptr<Object>, Parameters...)>(f), roles);
 }
 
 template <class Result, class... Parameters>
-std::function<void(Call&)> caller(Result (*f)(Parameters...), const char* roles) {
+std::function<void(Call&)> caller(Result (*f)(Parameters...), const Roles& roles) {
   return caller(std::function(f), roles);
 }
 
-/// With the sizes that the roles speak of.
 template <class Function>
-void add_named(const std::string& symbols, const char* roles, const Traits& traits, Function f) {
-  const Sizes& sizes = std::strchr(roles, 'm') != nullptr       ? exponents
-                       : std::strchr(roles, 'f') != nullptr     ? signals
-                       : std::strpbrk(roles, "RSAM") != nullptr ? orders
-                                                                : counts;
-  all.push_back({symbols, sizes, caller(f, roles), traits});
+void add_named(const std::string& symbols, const Roles& roles, const Traits& traits, Function f,
+               std::type_identity_t<Function> definition = nullptr) {
+  all.push_back({symbols, sizes_of(roles), caller(f, roles),
+                 definition != nullptr ? caller(definition, roles) : nullptr, traits});
 }
 
 /// Functions of one type that are alike.
 template <class Type, class Function = Type*>
-void add(const char* roles, const Traits& traits, const char* names,
+void add(const Roles& roles, const Traits& traits, const char* names,
          std::initializer_list<Function> functions) {
   const std::unique_ptr<char, void (*)(void*)> type(
       abi::__cxa_demangle(typeid(Type).name(), nullptr, nullptr, nullptr), std::free);
@@ -436,97 +517,144 @@ double multilook(unsigned char* samples, int side, int across, int down) {
 }
 
 void add_transforms() {
+  using enum Role;
   const Traits line{.kernels_from = 4}, tables{.kernels_from = 4, .uses_tables = true};
   const Traits raster{.kernels_from = 7, .needed = 2},
       block{.kernels_from = 8, .needed = 2, .failed = 1};
   using Split = void(double*, double*, int);
   using SplitFloats = void(float*, float*, int);
   using Raster = int(void**, void**, int, int, int, CMeterInfo*);
-  add<Split>("xxm", line, NAMED(fft, ifft));
-  add<SplitFloats>("xxm", line, NAMED(fft, ifft));
-  add<void(float*, int)>("Xm", line, NAMED(fft, ifft));
-  add<Split>("xxm", tables, NAMED(fft_Fast, ifft_Fast));
-  add<SplitFloats>("xxm", tables, NAMED(fft_Fast, ifft_Fast));
-  add<void(float*, int)>("Xm", tables, NAMED(fft_Fast, ifft_Fast));
-  add<int(int, int)>("vv", {}, NAMED(ibitr));
-  add_members<Split>(".xxm", line, NAMED(&CFFTClass::fft, &CFFTClass::ifft));
-  add_members<SplitFloats>(".xxm", line, NAMED(&CFFTClass::fft, &CFFTClass::ifft));
-  add_members<void(double*, double*, int, int)>(".xxme", line, NAMED(&CFFTClass::fft_new));
-  add_members<void(float*, float*, int, int)>(".xxme", line, NAMED(&CFFTClass::fft_new));
-  add_members<void(float*, float*, float*, float*, int, int)>(".iixxum", line,
-                                                              NAMED(&CFFTClass::SyntAlmaz));
-  add_members<int(int)>(".n", {}, NAMED(&CFFTClass::CeilPowerOfTwo));
-  add_members<Raster>(".FQWHtm", raster, NAMED(&CFFTClass::FFT_2D));
-  add_members<Raster>(".IQWHtm", raster, NAMED(&CFFTClass::IFFT_2D));
+  add<Split>({numbers_changed, numbers_changed, exponent}, line, NAMED(fft, ifft));
+  add<SplitFloats>({numbers_changed, numbers_changed, exponent}, line, NAMED(fft, ifft));
+  add<void(float*, int)>({pairs_changed, exponent}, line, NAMED(fft, ifft));
+  add<Split>({numbers_changed, numbers_changed, exponent}, tables, NAMED(fft_Fast, ifft_Fast));
+  add<SplitFloats>({numbers_changed, numbers_changed, exponent}, tables,
+                   NAMED(fft_Fast, ifft_Fast));
+  add<void(float*, int)>({pairs_changed, exponent}, tables, NAMED(fft_Fast, ifft_Fast));
+  add<int(int, int)>({any_integer, any_integer}, {}, NAMED(ibitr));
+  add_members<Split>({object, numbers_changed, numbers_changed, exponent}, line,
+                     NAMED(&CFFTClass::fft, &CFFTClass::ifft));
+  add_members<SplitFloats>({object, numbers_changed, numbers_changed, exponent}, line,
+                           NAMED(&CFFTClass::fft, &CFFTClass::ifft));
+  add_members<void(double*, double*, int, int)>(
+      {object, numbers_changed, numbers_changed, exponent, centre}, line,
+      NAMED(&CFFTClass::fft_new));
+  add_members<void(float*, float*, int, int)>(
+      {object, numbers_changed, numbers_changed, exponent, centre}, line,
+      NAMED(&CFFTClass::fft_new));
+  add_members<void(float*, float*, float*, float*, int, int)>(
+      {object, numbers_read, numbers_read, numbers_changed, numbers_changed, part_of_length,
+       exponent},
+      line, NAMED(&CFFTClass::SyntAlmaz));
+  add_members<int(int)>({object, count}, {}, NAMED(&CFFTClass::CeilPowerOfTwo));
+  add_members<Raster>(
+      {object, rows_to_forward, rows_written, raster_width, raster_height, pixel_code, meter},
+      raster, NAMED(&CFFTClass::FFT_2D));
+  add_members<Raster>(
+      {object, rows_to_inverse, rows_written, raster_width, raster_height, pixel_code, meter},
+      raster, NAMED(&CFFTClass::IFFT_2D));
   add_members<int(void**, void**, int, int, int, int, CMeterInfo*)>(
-      ".FQWHtem", {.kernels_from = 7, .needed = 2, .failed = 1}, NAMED(&CFFTClass::FFT_2D_NEW));
+      {object, rows_to_forward, rows_written, raster_width, raster_height, pixel_code, centre,
+       meter},
+      {.kernels_from = 7, .needed = 2, .failed = 1}, NAMED(&CFFTClass::FFT_2D_NEW));
   add_members<int(float*, float*), CVeryFastFT>(
-      "mbB", block, NAMED(&CVeryFastFT::FFT_2D_Rect, &CVeryFastFT::IFFT_2D_Rect));
+      {object, block_read, block_written}, block,
+      NAMED(&CVeryFastFT::FFT_2D_Rect, &CVeryFastFT::IFFT_2D_Rect));
   add_named(
       "CVeryFastFT::AllocateDataMemory()\nCVeryFastFT::CVeryFastFT(CVeryFastFT const&)\n"
       "CVeryFastFT::CVeryFastFT(int)\nCVeryFastFT::FreeDataMemory()\n"
       "CVeryFastFT::operator=(CVeryFastFT const&)\nCVeryFastFT::~CVeryFastFT()",
-      "m", {.needed = 2, .failed = Call::thrown}, life_of_block);
+      {exponent}, {.needed = 2, .failed = Call::thrown}, life_of_block);
   add_named(
       "CFFTClass::CFFTClass()\nCFFTClass::CFFTClass(CFFTClass const&)\n"
       "CFFTClass::operator=(CFFTClass const&)\nCFFTClass::~CFFTClass()\n"
       "typeinfo for CFFTClass\ntypeinfo name for CFFTClass\nvtable for CFFTClass",
-      "n", {}, life_of_object);
-  add_named("init_ibitr(int)\ndelete_ibitr()", "xxm",
+      {count}, {}, life_of_object);
+  add_named("init_ibitr(int)\ndelete_ibitr()", {numbers_changed, numbers_changed, exponent},
             {.kernels_from = 4, .needed = 4, .failed = nan, .is_shared = true},
             build_tables_and_use);
 }
 
 void add_numeric() {
+  using enum Role;
   add<double(double)>(
-      "d", {},
+      {number}, {},
       NAMED(Add_to_Power_of_2, Bessel_NULL, Cube, Degrees, Fmod2p, Power_of_two, Qrt, Radians));
-  add<int(double)>("d", {}, NAMED(Sign));
-  add<double(double, double)>("dd", {}, NAMED(AcTan, Max, Max_ABS, Min, Min_ABS, Modulus, Power));
-  add<double(double, double)>("dd", {.repeats = false}, NAMED(Noise_normal));
-  add<double(double, int, int)>("dvv", {}, NAMED(Hamming, Kaiser));
-  add<double(int, int)>("vv", {}, NAMED(Hanning));
+  add<int(double)>({number}, {}, NAMED(Sign));
+  add<double(double, double)>({number, number}, {},
+                              NAMED(AcTan, Max, Max_ABS, Min, Min_ABS, Modulus, Power));
+  add<double(double, double)>({number, number}, {.repeats = false}, NAMED(Noise_normal));
+  add<double(double, int, int)>({number, any_integer, any_integer}, {}, NAMED(Hamming, Kaiser));
+  add<double(int, int)>({any_integer, any_integer}, {}, NAMED(Hanning));
   add<double(double*, int)>(
-      "in", {}, NAMED(Max_mass, Max_mass_ABS, Min_mass, Min_mass_ABS, Sum_mass, Mean, Magnitude));
+      {numbers_read, count}, {},
+      NAMED(Max_mass, Max_mass_ABS, Min_mass, Min_mass_ABS, Sum_mass, Mean, Magnitude));
   add<int(double*, int)>(
-      "in", {}, NAMED(Max_mass_index, Max_mass_ABS_index, Min_mass_index, Min_mass_ABS_index));
-  add<double(double*, double*, int)>("iin", {}, NAMED(Angle, Scalar_Multiply));
-  add<void(double*, double*, double*, int)>("iion", {}, NAMED(Vec_Add, Vec_Sub, Vector_Multiply));
-  add<void(double, double*, double*, int)>("dion", {}, NAMED(Const_Multiply));
-  add<void(double*, double*, int)>("ion", {}, NAMED(Normalize));
-  add<void(double*, double*, double*)>("33c", {}, NAMED(Cross));
-  add<void(double*, double*, int, int)>("ywnz", {}, NAMED(Scale));
-  add<void(double*, double*, int, int)>("xxns", {}, NAMED(ShiftData));
-  add<void(COMPLEX_FLOAT32*, int, int)>("xns", {}, NAMED(ShiftData));
-  add<double(double*, double*, int, int, int)>("iynzs", {}, NAMED(Correl));
-  add<double(double*, double*, double*, double*, int, int, int)>("iiyynzs", {}, NAMED(Correl));
-  add<void(void*, int, double*, double*, int)>("ptoon", {}, NAMED(Transform_to_double));
-  add<void(void*, int, double*, int)>("pton", {}, NAMED(Transform_to_double));
+      {numbers_read, count}, {},
+      NAMED(Max_mass_index, Max_mass_ABS_index, Min_mass_index, Min_mass_ABS_index));
+  add<double(double*, double*, int)>({numbers_read, numbers_read, count}, {},
+                                     NAMED(Angle, Scalar_Multiply));
+  add<void(double*, double*, double*, int)>({numbers_read, numbers_read, numbers_written, count},
+                                            {}, NAMED(Vec_Add, Vec_Sub, Vector_Multiply));
+  add<void(double, double*, double*, int)>({number, numbers_read, numbers_written, count}, {},
+                                           NAMED(Const_Multiply));
+  add<void(double*, double*, int)>({numbers_read, numbers_written, count}, {}, NAMED(Normalize));
+  add<void(double*, double*, double*)>({three_read, three_read, coefficients}, {}, NAMED(Cross));
+  add<void(double*, double*, int, int)>({longer_read, longer_written, count, count_plus_one}, {},
+                                        NAMED(Scale));
+  add<void(double*, double*, int, int)>({numbers_changed, numbers_changed, count, shift}, {},
+                                        NAMED(ShiftData));
+  add<void(COMPLEX_FLOAT32*, int, int)>({numbers_changed, count, shift}, {}, NAMED(ShiftData));
+  add<double(double*, double*, int, int, int)>(
+      {numbers_read, longer_read, count, count_plus_one, shift}, {}, NAMED(Correl));
+  add<double(double*, double*, double*, double*, int, int, int)>(
+      {numbers_read, numbers_read, longer_read, longer_read, count, count_plus_one, shift}, {},
+      NAMED(Correl));
+  add<void(void*, int, double*, double*, int)>(
+      {pixels, pixel_code, numbers_written, numbers_written, count}, {},
+      NAMED(Transform_to_double));
+  add<void(void*, int, double*, int)>({pixels, pixel_code, numbers_written, count}, {},
+                                      NAMED(Transform_to_double));
   const Traits filter{.kernels_from = 16, .needed = 3};
-  add<void(double*, double*, int)>("xxf", filter, NAMED(FilterHighSp));
-  add<std::remove_pointer_t<decltype(&FilterLowSp)>>("xxf1111", filter, NAMED(FilterLowSp));
-  add_named("NoncoherentAccumulationR(CString, CString, int, int, CCustomMeterInfo*)", "Anqr",
-            {.allocates_in_host = true}, multilook);
-  add_named("sarnum::build_info()", "n", {}, length_of_version);
+  add<void(double*, double*, int)>({numbers_changed, numbers_changed, filter_length}, filter,
+                                   NAMED(FilterHighSp));
+  add<std::remove_pointer_t<decltype(&FilterLowSp)>>(
+      {numbers_changed, numbers_changed, filter_length, one_written, one_written, one_written,
+       one_written},
+      filter, NAMED(FilterLowSp));
+  add_named("NoncoherentAccumulationR(CString, CString, int, int, CCustomMeterInfo*)",
+            {matrix_read, count, looks_across, looks_down}, {.allocates_in_host = true}, multilook);
+  add_named("sarnum::build_info()", {count}, {}, length_of_version);
 }
 
 // Orders up to 16 need no storage, nor do elements that are not to be narrowed.
 void add_linear_algebra() {
+  using enum Role;
   constexpr int copy = std::numeric_limits<long double>::digits > 53 ? 1 : 0;
   const Traits blocked{.kernels_from = 64, .needed = copy},
       inverse{.kernels_from = 64, .needed = 1};
-  add<void(int, long double*, long double*)>("nSo", blocked, NAMED(Solve_System));
-  add<int(double*, int, long double*)>("1nM", blocked, NAMED(LnAbsDeterminant));
-  add<int(int, long double*, long double*)>("nAO", inverse, NAMED(MatrixInversion));
+  add<void(int, long double*, long double*)>({count, augmented_changed, numbers_written}, blocked,
+                                             NAMED(Solve_System));
+  add<int(double*, int, long double*)>({one_written, count, matrix_changed}, blocked,
+                                       NAMED(LnAbsDeterminant));
+  add<int(int, long double*, long double*)>({count, matrix_read, matrix_written}, inverse,
+                                            NAMED(MatrixInversion));
   add<void(long double*, long double*, long double*, int, int, int)>(
-      "RROnzn", {.kernels_from = 24, .needed = copy + 1}, NAMED(Matrix_Multiply));
-  add<void(int, int, int, long double*)>("jjnS", {}, NAMED(ChangeRow_IJ));
-  add<int(int, double(*)[5], double*, double*)>("n5xo", {}, NAMED(lin_yr));
-  add<void(int, int, double*, double*, double*)>("kniic", {}, NAMED(mnk));
+      {augmented_read, augmented_read, matrix_written, count, count_plus_one, count},
+      {.kernels_from = 24, .needed = copy + 1}, NAMED(Matrix_Multiply));
+  add<void(int, int, int, long double*)>({row_or_column, row_or_column, count, augmented_changed},
+                                         {}, NAMED(ChangeRow_IJ));
+  add<int(int, double(*)[5], double*, double*)>(
+      {count, rows_of_five, numbers_changed, numbers_written}, {}, NAMED(lin_yr));
+  add<void(int, int, double*, double*, double*)>(
+      {order_of_fit, count, numbers_read, numbers_read, coefficients}, {}, NAMED(mnk));
   add<void(int, int, double*, double*, double*, double*)>(
-      "gniiic", {.kernels_from = 1, .needed = 3 + 2}, NAMED(mnk2));
+      {degree_of_fit, count, numbers_read, numbers_read, numbers_read, coefficients},
+      {.kernels_from = 1, .needed = 3 + 2}, NAMED(mnk2));
   add<std::remove_pointer_t<decltype(&GetRectInterpolationCoefficients)>>(
-      "111dddddddddddd", {}, NAMED(GetRectInterpolationCoefficients));
+      {one_written, one_written, one_written, number, number, number, number, number, number,
+       number, number, number, number, number, number},
+      {}, NAMED(GetRectInterpolationCoefficients));
   add_named(
       "CLagrangeInterpolation2D::CLagrangeInterpolation2D(CLagrangeInterpolation2D const&)\n"
       "CLagrangeInterpolation2D::CLagrangeInterpolation2D(int, int, double*, double*, double*)\n"
@@ -535,25 +663,317 @@ void add_linear_algebra() {
       "CLagrangeInterpolation2D::GetPolynomOrder()\nCLagrangeInterpolation2D::GetSuccessFlag()\n"
       "CLagrangeInterpolation2D::operator=(CLagrangeInterpolation2D const&)\n"
       "CLagrangeInterpolation2D::~CLagrangeInterpolation2D()",
-      "Gniii1", {.needed = 4}, fit_and_evaluate);
+      {order_of_surface, count, numbers_read, numbers_read, numbers_read, one_written},
+      {.needed = 4}, fit_and_evaluate);
+}
+
+// --- The C interface -----------------------------------------------------------------------------
+
+template <class Real>
+constexpr sarnum_type precision = std::is_same_v<Real, double> ? SARNUM_FLOAT64 : SARNUM_FLOAT32;
+
+/// A plan for 2^m samples, or none.
+struct MadePlan {
+  template <class Real>
+  static MadePlan of(int m) {
+    MadePlan made;
+    made.status =
+        sarnum_plan_create(m < 0 || m > 62 ? 0 : std::size_t{1} << m, precision<Real>, &made.plan);
+    return made;
+  }
+  MadePlan() = default;
+  MadePlan(MadePlan&& other) noexcept : status(other.status), plan(std::exchange(other.plan, {})) {}
+  ~MadePlan() { sarnum_plan_destroy(plan); }
+
+  sarnum_status status = SARNUM_OK;
+  sarnum_plan* plan = nullptr;
+};
+
+/// Direction and scaling by the bits of a number.
+struct FormOfTransform {
+  explicit FormOfTransform(int number)
+      : direction(number % 2 == 0 ? SARNUM_FORWARD : SARNUM_INVERSE),
+        scaling(static_cast<int>(static_cast<unsigned>(number) / 2 % 3) + SARNUM_UNSCALED) {}
+
+  template <class Real>
+  void define(Real* re, Real* im, int m) const {
+    oracle::radix2<double, Real, Real>(re, im, m, direction == SARNUM_INVERSE);
+    const Real inverse = Real{1} / static_cast<Real>(1 << m);
+    const Real scale = scaling == SARNUM_UNSCALED    ? Real{1}
+                       : scaling == SARNUM_BY_LENGTH ? inverse
+                                                     : std::sqrt(inverse);
+    for (int i = 0; i < 1 << m; ++i) {
+      re[i] *= scale;
+      im[i] *= scale;
+    }
+  }
+
+  sarnum_direction direction;
+  sarnum_scaling scaling;
+};
+
+/// Copies of lines, defined in split arrays whatever their layout.
+template <class Real>
+struct SplitLine {
+  std::vector<Real> re, im;
+
+  SplitLine(const Real* from_re, const Real* from_im, std::size_t n, std::ptrdiff_t stride = 1) {
+    for (std::ptrdiff_t i = 0; i < static_cast<std::ptrdiff_t>(n); ++i) {
+      re.push_back(from_re[i * stride]);
+      im.push_back(from_im[i * stride]);
+    }
+  }
+  void store(Real* to_re, Real* to_im, std::ptrdiff_t stride = 1) const {
+    for (std::size_t i = 0; i < re.size(); ++i) {
+      to_re[static_cast<std::ptrdiff_t>(i) * stride] = re[i];
+      to_im[static_cast<std::ptrdiff_t>(i) * stride] = im[i];
+    }
+  }
+};
+
+template <class Real>
+int transform_split(Real* re, Real* im, int m, int number) {
+  const MadePlan made = MadePlan::of<Real>(m);
+  const FormOfTransform form(number);
+  return made.status != SARNUM_OK
+             ? made.status
+             : sarnum_transform(made.plan, form.direction, form.scaling, re, im);
+}
+
+template <class Real>
+int define_split(Real* re, Real* im, int m, int number) {
+  FormOfTransform(number).define(re, im, m);
+  return SARNUM_OK;
+}
+
+template <class Real>
+int transform_pairs(Real* data, int m, int number) {
+  return transform_split<Real>(data, nullptr, m, number);
+}
+
+template <class Real>
+int define_pairs(Real* data, int m, int number) {
+  SplitLine<Real> line(data, data + 1, std::size_t{1} << m, 2);
+  FormOfTransform(number).define(line.re.data(), line.im.data(), m);
+  line.store(data, data + 1, 2);
+  return SARNUM_OK;
+}
+
+/// The rows or the columns of a block of 2^m samples, from the first or from the last on.
+struct LinesOfBlock {
+  LinesOfBlock(int m, int number)
+      : exponent(m / 2),
+        n(std::ptrdiff_t{1} << exponent),
+        count(std::ptrdiff_t{1} << (m - exponent)),
+        stride(number % 3 == 0 ? 1 : count),
+        distance(number % 3 == 0 ? n : 1),
+        first(number % 3 == 2 ? n * count - 1 : 0) {
+    if (number % 3 == 2) {
+      stride = -stride;
+      distance = -distance;
+    }
+  }
+  int exponent;
+  std::ptrdiff_t n, count, stride, distance, first;
+};
+
+constexpr bool is_exponent(int m) {
+  return m >= 0 && m < 31;
+}
+
+template <class Real>
+int transform_block(Real* re, Real* im, int m, int number) {
+  const MadePlan made = MadePlan::of<Real>(is_exponent(m) ? m / 2 : m);
+  if (made.status != SARNUM_OK) {
+    return made.status;
+  }
+  const LinesOfBlock block(m, number);
+  const FormOfTransform form(number);
+  sarnum_options options = SARNUM_OPTIONS_INIT;
+  options.threads = 2;
+  return sarnum_transform_lines(made.plan, form.direction, form.scaling, re + block.first,
+                                im + block.first, static_cast<std::size_t>(block.count),
+                                block.stride, block.distance, &options);
+}
+
+/// A definition of every line of a block.
+template <class Real, class Define>
+void define_lines(Real* re, Real* im, const LinesOfBlock& block, const Define& define) {
+  for (std::ptrdiff_t k = 0; k < block.count; ++k) {
+    const std::ptrdiff_t at = block.first + k * block.distance;
+    SplitLine<Real> line(re + at, im + at, static_cast<std::size_t>(block.n), block.stride);
+    define(line);
+    line.store(re + at, im + at, block.stride);
+  }
+}
+
+template <class Real>
+int define_block(Real* re, Real* im, int m, int number) {
+  const LinesOfBlock block(m, number);
+  define_lines(re, im, block, [&](SplitLine<Real>& line) {
+    FormOfTransform(number).define(line.re.data(), line.im.data(), block.exponent);
+  });
+  return SARNUM_OK;
+}
+
+/// The first samples of what is read are the reference.
+template <class Real>
+int compress_block(Real* reference_re, Real* reference_im, Real* re, Real* im, int m, int number) {
+  const MadePlan made = MadePlan::of<Real>(is_exponent(m) ? m / 2 : m);
+  if (made.status != SARNUM_OK) {
+    return made.status;
+  }
+  const LinesOfBlock block(m, number);
+  return sarnum_compress_lines(made.plan, reference_re, reference_im,
+                               static_cast<std::size_t>(block.n + 1) / 2, re + block.first,
+                               im + block.first, static_cast<std::size_t>(block.count),
+                               block.stride, block.distance, nullptr);
+}
+
+template <class Real>
+int define_compression(Real* reference_re, Real* reference_im, Real* re, Real* im, int m,
+                       int number) {
+  const LinesOfBlock block(m, number);
+  const auto n = static_cast<std::size_t>(block.n);
+  SplitLine<Real> r(reference_re, reference_im, (n + 1) / 2);
+  r.re.resize(n);
+  r.im.resize(n);
+  oracle::radix2<double, Real, Real>(r.re.data(), r.im.data(), block.exponent, false);
+  define_lines(re, im, block, [&](SplitLine<Real>& line) {
+    oracle::radix2<double, Real, Real>(line.re.data(), line.im.data(), block.exponent, false);
+    for (std::size_t k = 0; k < n; ++k) {
+      const Real a = line.re[k], b = line.im[k];
+      line.re[k] = a * r.re[k] + b * r.im[k];
+      line.im[k] = b * r.re[k] - a * r.im[k];
+    }
+    FormOfTransform(3).define(line.re.data(), line.im.data(), block.exponent);
+  });
+  return SARNUM_OK;
+}
+
+using TransformOfRows = int(void**, void**, int, int, int, int);
+
+template <class Real>
+int transform_rows_of(void** source, void** target, int width, int height, int type, int number) {
+  const auto exponent = [](int side) {
+    return side > 0 ? std::countr_zero(std::bit_ceil(static_cast<unsigned>(side))) : -1;
+  };
+  const MadePlan rows = MadePlan::of<Real>(exponent(width));
+  const MadePlan columns = MadePlan::of<Real>(exponent(height));
+  if (rows.status != SARNUM_OK || columns.status != SARNUM_OK) {
+    return std::max(rows.status, columns.status);
+  }
+  const FormOfTransform form(number);
+  return sarnum_transform_2d(rows.plan, columns.plan, form.direction, form.scaling, type, source,
+                             static_cast<std::size_t>(width), static_cast<std::size_t>(height),
+                             target, nullptr);
+}
+
+bool is_of_doubles(int type) {
+  return type == SARNUM_FLOAT64 || type == SARNUM_COMPLEX_FLOAT64;
+}
+
+int transform_planned(void** source, void** target, int width, int height, int type, int number) {
+  return is_of_doubles(type)
+             ? transform_rows_of<double>(source, target, width, height, type, number)
+             : transform_rows_of<float>(source, target, width, height, type, number);
+}
+
+template <class Real>
+int define_rows_of(void** source, void** target, int width, int height, int type, int number) {
+  const int m1 = CFFTClass().CeilPowerOfTwo(width), m2 = CFFTClass().CeilPowerOfTwo(height);
+  const std::size_t n1 = std::size_t{1} << m1, n2 = std::size_t{1} << m2;
+  const PixelType& pixel = pixel_types[type - 1];
+  const FormOfTransform form(number);
+  std::vector<Real> re(n1 * n2), im(n1 * n2);
+  for (std::size_t row = 0; row < static_cast<std::size_t>(height); ++row) {
+    for (std::size_t i = 0; i < static_cast<std::size_t>(width); ++i) {
+      const std::size_t parts = pixel.is_complex ? 2 : 1;
+      re[row * n1 + i] = static_cast<Real>(pixel.element(source[row], parts * i));
+      im[row * n1 + i] =
+          pixel.is_complex ? static_cast<Real>(pixel.element(source[row], 2 * i + 1)) : Real{0};
+    }
+    form.define(&re[row * n1], &im[row * n1], m1);
+  }
+  for (std::size_t column = 0; column < n1; ++column) {
+    SplitLine<Real> line(&re[column], &im[column], n2, static_cast<std::ptrdiff_t>(n1));
+    form.define(line.re.data(), line.im.data(), m2);
+    for (std::size_t row = 0; row < n2; ++row) {
+      static_cast<Real*>(target[row])[2 * column] = line.re[row];
+      static_cast<Real*>(target[row])[2 * column + 1] = line.im[row];
+    }
+  }
+  return SARNUM_OK;
+}
+
+int define_planned(void** source, void** target, int width, int height, int type, int number) {
+  return is_of_doubles(type) ? define_rows_of<double>(source, target, width, height, type, number)
+                             : define_rows_of<float>(source, target, width, height, type, number);
+}
+
+template <sarnum_direction direction>
+int transform_raster(void** source, void** target, int width, int height, int type) {
+  return sarnum_transform_raster(direction, type, source, static_cast<std::size_t>(width),
+                                 static_cast<std::size_t>(height), target, nullptr);
+}
+
+template <int (CFFTClass::*classic)(void**, void**, int, int, int, CMeterInfo*)>
+int transform_classically(void** source, void** target, int width, int height, int type) {
+  return (CFFTClass().*classic)(source, target, width, height, type, nullptr) == 1
+             ? SARNUM_OK
+             : SARNUM_NO_MEMORY;
+}
+
+std::size_t length_of_texts(int) {
+  return std::strlen(sarnum_version()) + (sarnum_error_message() == nullptr ? 1 : 0);
+}
+
+template <class Real>
+void add_lines_of_c(const char* plans, const char* transform, const char* lines,
+                    const char* compression) {
+  using enum Role;
+  const Traits by_plan{.kernels_from = 4, .needed = 3, .failed = SARNUM_NO_MEMORY};
+  const Traits block{.kernels_from = 8, .needed = 3 + 2, .failed = SARNUM_NO_MEMORY};
+  const Traits compressed{.kernels_from = 8, .needed = 3 + 4, .failed = SARNUM_NO_MEMORY};
+  const Roles split{numbers_changed, numbers_changed, exponent, any_integer};
+  add_named(plans, split, by_plan, transform_split<Real>, define_split<Real>);
+  add_named(transform, {pairs_changed, exponent, any_integer}, by_plan, transform_pairs<Real>,
+            define_pairs<Real>);
+  add_named(lines, split, block, transform_block<Real>, define_block<Real>);
+  add_named(compression,
+            {numbers_read, numbers_read, numbers_changed, numbers_changed, exponent, any_integer},
+            compressed, compress_block<Real>, define_compression<Real>);
+}
+
+void add_c_interface() {
+  using enum Role;
+  add_lines_of_c<double>(
+      "sarnum_plan_create\nsarnum_plan_destroy\nsarnum_plan_length\nsarnum_plan_precision",
+      "sarnum_transform", "sarnum_transform_lines", "sarnum_compress_lines");
+  add_lines_of_c<float>("", "", "", "");
+  const Roles raster{rows_to_forward, rows_written, raster_width, raster_height, pixel_code};
+  const Roles inverse{rows_to_inverse, rows_written, raster_width, raster_height, pixel_code};
+  Roles planned = raster;
+  planned.push_back(any_integer);
+  add_named("sarnum_transform_2d", planned,
+            {.kernels_from = 7, .needed = 3 + 3 + 3, .failed = SARNUM_NO_MEMORY}, transform_planned,
+            define_planned);
+  const Traits classic{.kernels_from = 7, .needed = 3, .failed = SARNUM_NO_MEMORY};
+  add_named("sarnum_transform_raster", raster, classic, transform_raster<SARNUM_FORWARD>,
+            transform_classically<&CFFTClass::FFT_2D>);
+  add_named("", inverse, classic, transform_raster<SARNUM_INVERSE>,
+            transform_classically<&CFFTClass::IFFT_2D>);
+  add_named("sarnum_error_message\nsarnum_version", {count}, {}, length_of_texts);
 }
 
 }  // namespace
 
-// A role for each parameter. Of integers: n the size (f of a filter), m the size as exponent, z one
-// more than the size, v any, and by the variant of the call s a shift, j a row or column, k, g and
-// G the order or the degree of a fit, t a pixel type, u a part of the length, e the switch of
-// centred transforms, q and r looks, W and H the size of a raster. F and I are the rows that a
-// forward or an inverse transform reads, Q those it writes. Of arrays as long as the size says: i
-// read, x changed, o written; X of twice the length, y and w read and written ones of one element
-// more; of square matrices A read, M changed, O written, with a column more R read, S changed; b
-// and B read and written blocks; 3 and 1 elements read and written; 5 rows of five; c coefficients
-// of a fit; p pixels. d is a number; any role will do for an object or a meter.
 const std::vector<Routine>& routines() {
   if (all.empty()) {
     add_transforms();
     add_numeric();
     add_linear_algebra();
+    add_c_interface();
   }
   return all;
 }

@@ -46,7 +46,7 @@ class Call {
   /// The result of a call that threw std::bad_alloc.
   static constexpr double thrown = -999.0;
 
-  enum Role { input, changed, output };
+  enum Use { input, changed, output };
 
   explicit Call(const Conditions& given);
 
@@ -55,7 +55,7 @@ class Call {
 
   /// Elements of type T (numbers, pointers, COMPLEX_FLOAT32); none for a count below 0.
   template <class T>
-  T* array(Role role, std::ptrdiff_t count);
+  T* array(Use use, std::ptrdiff_t count);
 
   /// Pixels to be read, of a type or of none.
   void* pixels(int type, std::ptrdiff_t count);
@@ -76,7 +76,7 @@ class Call {
   struct Block {
     std::shared_ptr<unsigned char[]> memory;
     std::size_t room, begin, bytes;
-    Role role;
+    Use use;
     void (*record)(const unsigned char* from, std::size_t bytes, std::vector<long double>& to);
   };
 
@@ -107,9 +107,12 @@ struct Routine {
   std::string symbols;  ///< as the list of exported symbols has them, one a line
   const Sizes& sizes;
   std::function<void(Call&)> call;
+  /// The plain definition of its values, called alike; null where a test of its part has it.
+  std::function<void(Call&)> definition;
   Traits traits;
 
   Outcome outcome(const Conditions& conditions) const;
+  Outcome defined_outcome(const Conditions& conditions) const;
 };
 
 const std::vector<Routine>& routines();

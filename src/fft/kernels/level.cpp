@@ -15,7 +15,7 @@ extern const Level level_avx512;
 
 namespace {
 
-constexpr Level level_scalar = {"scalar", 0, {}, {}, {}, {}, {}, {}, {}, {}};
+constexpr Level level_scalar = {"scalar", 0, {}, {}, {}, {}, {}, {}, {}, {}, {}, {}};
 
 constexpr Levels<Level>::List tables = {
     &level_scalar,

@@ -28,37 +28,47 @@ struct ColumnBlock {
   int columns_exponent;     ///< 2^columns_exponent columns, no fewer than lanes
   void* storage;            ///< room for as many pixels
   bool centred;             ///< odd rows change their sign before the transform
+  bool inverse;
 };
 
-/// The transforms of rasters, each result multiplied by `scale`; inverse ones with the twiddles of
-/// the inverse direction.
-template <class Real>
+/// The transforms of rasters of elements of type Stored, computed in Real. Each result is
+/// multiplied by `scale`.
+template <class Stored, class Real>
 struct RasterKernels {
+  using Computed = Real;
+
   /// A split line of m ≥ least_kernel_exponent whose results go to interleaved pixels elsewhere.
-  void (*row)(Real* re, Real* im, void* to, int m, const KernelTwiddles<double>&, Real scale);
+  void (*row)(Stored* re, Stored* im, bool inverse, void* to, int m, const KernelTwiddles<Real>&,
+              Stored scale);
   /// Columns in place, m ≥ least_column_exponent. The groups of all stages are needed.
-  void (*columns)(const ColumnBlock&, const KernelTwiddles<double>&, Real scale);
+  void (*columns)(const ColumnBlock&, const KernelTwiddles<Real>&, Stored scale);
 };
 
 /// One level. The transforms of lines, of 2^m elements with m ≥ least_kernel_exponent, are forward
 /// ones where they are not told otherwise; each result is multiplied by `scale` at the end. An
 /// inverse transform is a forward one with the real and the imaginary parts in each other's place.
 struct Level {
+  template <class Real>
+  using Split = void (*)(Real* re, Real* im, int m, const KernelTwiddles<Real>&, Real scale);
+  template <class Real>
+  using Interleaved = void (*)(Real* data, bool inverse, int m, const KernelTwiddles<Real>&,
+                               Real scale);
+
   const char* name;
   int vector_bytes;  ///< 0: there are no kernels
 
   /// Everything in double, everything in float.
-  void (*double_split)(double* re, double* im, int m, const KernelTwiddles<double>&, double scale);
-  void (*float_split)(float* re, float* im, int m, const KernelTwiddles<float>&, float scale);
-  void (*float_interleaved)(float* data, bool inverse, int m, const KernelTwiddles<float>&,
-                            float scale);
-  RasterKernels<double> double_raster;
+  Split<double> double_split;
+  Split<float> float_split;
+  Interleaved<double> double_interleaved;
+  Interleaved<float> float_interleaved;
+  RasterKernels<double, double> double_raster;
+  RasterKernels<float, float> float_raster;
   /// Computed in double, each butterfly result rounded to float.
-  void (*double_rounded)(double* re, double* im, int m, const KernelTwiddles<double>&,
-                         double scale);
+  Split<double> double_rounded;
   void (*float_rounded)(float* re, float* im, int m, const KernelTwiddles<double>&, float scale);
-  RasterKernels<double> double_rounded_raster;
-  RasterKernels<float> float_rounded_raster;
+  RasterKernels<double, double> double_rounded_raster;
+  RasterKernels<float, double> float_rounded_raster;
 };
 
 constexpr int least_kernel_exponent = 4;

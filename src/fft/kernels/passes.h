@@ -247,13 +247,13 @@ struct BlockedVectors {
 };
 
 /// The columns of a block: element (row, column) stands where row after row would have it.
-template <class Arithmetic>
+template <class Arithmetic, bool swapped>
 struct GatheredColumns {
   static constexpr bool is_split = false;
   const ColumnBlock& block;
 
   SARNUM_INLINE typename Arithmetic::Value load(size_t i) const {
-    using Pixels = InterleavedVectors<Arithmetic, false>;
+    using Pixels = InterleavedVectors<Arithmetic, swapped>;
     const size_t row = i >> block.columns_exponent;
     const size_t column = i & ((size_t{1} << block.columns_exponent) - 1);
     auto* const pixels = static_cast<unsigned char*>(block.rows[row]) + column * Pixels::pixel;
@@ -264,7 +264,7 @@ struct GatheredColumns {
 };
 
 /// The same when the stages are done: rows are in bit-reversed order.
-template <class Arithmetic>
+template <class Arithmetic, bool swapped>
 struct ScatteredColumns {
   const ColumnBlock& block;
   typename Arithmetic::Element scale;
@@ -272,7 +272,7 @@ struct ScatteredColumns {
 
   ScatteredColumns from(size_t i) const { return {block, scale, begin + i}; }
   SARNUM_INLINE void store(size_t i, typename Arithmetic::Value value) const {
-    using Pixels = InterleavedVectors<Arithmetic, false>;
+    using Pixels = InterleavedVectors<Arithmetic, swapped>;
     const size_t row = reverse((begin + i) >> block.columns_exponent, block.m);
     const size_t column = i & ((size_t{1} << block.columns_exponent) - 1);
     Pixels{static_cast<unsigned char*>(block.rows[row]) + block.offset}.store(
@@ -468,36 +468,49 @@ void split(Stored* re, Stored* im, int m, const KernelTwiddles<Real>& w, Stored 
   });
 }
 
-void interleaved(float* data, bool inverse, int m, const KernelTwiddles<float>& w, float scale) {
-  with_lanes<float, float, float>(m, [&](auto arithmetic) {
-    using A = decltype(arithmetic);
-    auto* const bytes = reinterpret_cast<unsigned char*>(data);
-    const BlockedVectors<A> work{data};
-    if (inverse) {
-      const InterleavedVectors<A, true> x{bytes};
-      transform<A>(x, work, x, m, w, scale);
-    } else {
-      const InterleavedVectors<A, false> x{bytes};
-      transform<A>(x, work, x, m, w, scale);
-    }
+/// body(Constant<0>) or body(Constant<1>): inverse transforms take real parts for imaginary ones.
+template <class Body>
+SARNUM_INLINE void with_direction(bool inverse, const Body& body) {
+  if (inverse) {
+    body(Constant<1>{});
+  } else {
+    body(Constant<0>{});
+  }
+}
+
+template <class Real>
+void interleaved(Real* data, bool inverse, int m, const KernelTwiddles<Real>& w, Real scale) {
+  with_direction(inverse, [&](auto swapped) {
+    with_lanes<Real, Real, Real>(m, [&](auto arithmetic) {
+      using A = decltype(arithmetic);
+      const InterleavedVectors<A, swapped != 0> x{reinterpret_cast<unsigned char*>(data)};
+      transform<A>(x, BlockedVectors<A>{data}, x, m, w, scale);
+    });
   });
 }
 
-template <class Stored, class Rounded>
-void row(Stored* re, Stored* im, void* to, int m, const KernelTwiddles<double>& w, Stored scale) {
-  with_lanes<Stored, double, Rounded>(m, [&](auto arithmetic) {
-    using A = decltype(arithmetic);
-    const SplitVectors<A> x{re, im};
-    transform<A>(x, x, InterleavedVectors<A, false>{static_cast<unsigned char*>(to)}, m, w, scale);
+template <class Stored, class Real, class Rounded>
+void row(Stored* re, Stored* im, bool inverse, void* to, int m, const KernelTwiddles<Real>& w,
+         Stored scale) {
+  with_direction(inverse, [&](auto swapped) {
+    with_lanes<Stored, Real, Rounded>(m, [&](auto arithmetic) {
+      using A = decltype(arithmetic);
+      const SplitVectors<A> x{swapped != 0 ? im : re, swapped != 0 ? re : im};
+      const InterleavedVectors<A, swapped != 0> out{static_cast<unsigned char*>(to)};
+      transform<A>(x, x, out, m, w, scale);
+    });
   });
 }
 
-template <class Stored, class Rounded>
-void columns(const ColumnBlock& block, const KernelTwiddles<double>& w, Stored scale) {
-  using A = Arithmetic<Stored, double, Rounded, SARNUM_VECTOR_BYTES / sizeof(double)>;
-  passes_of<A>(GatheredColumns<A>{block}, BlockedVectors<A>{static_cast<Stored*>(block.storage)},
-               ScatteredColumns<A>{block, scale, 0},
-               size_t{1} << (block.m + block.columns_exponent), 0, block.m, w);
+template <class Stored, class Real, class Rounded>
+void columns(const ColumnBlock& block, const KernelTwiddles<Real>& w, Stored scale) {
+  using A = Arithmetic<Stored, Real, Rounded, SARNUM_VECTOR_BYTES / sizeof(Real)>;
+  with_direction(block.inverse, [&](auto swapped) {
+    passes_of<A>(GatheredColumns<A, swapped != 0>{block},
+                 BlockedVectors<A>{static_cast<Stored*>(block.storage)},
+                 ScatteredColumns<A, swapped != 0>{block, scale, 0},
+                 size_t{1} << (block.m + block.columns_exponent), 0, block.m, w);
+  });
 }
 
 }  // namespace
@@ -508,12 +521,14 @@ const Level SARNUM_TABLE_OF(SARNUM_LEVEL) = {
     .vector_bytes = SARNUM_VECTOR_BYTES,
     .double_split = split<double, double, double>,
     .float_split = split<float, float, float>,
-    .float_interleaved = interleaved,
-    .double_raster = {row<double, double>, columns<double, double>},
+    .double_interleaved = interleaved<double>,
+    .float_interleaved = interleaved<float>,
+    .double_raster = {row<double, double, double>, columns<double, double, double>},
+    .float_raster = {row<float, float, float>, columns<float, float, float>},
     .double_rounded = split<double, double, float>,
     .float_rounded = split<float, double, float>,
-    .double_rounded_raster = {row<double, float>, columns<double, float>},
-    .float_rounded_raster = {row<float, float>, columns<float, float>},
+    .double_rounded_raster = {row<double, double, float>, columns<double, double, float>},
+    .float_rounded_raster = {row<float, double, float>, columns<float, double, float>},
 };
 
 }  // namespace sarnum

@@ -1,0 +1,366 @@
+// What all functions of the C interface promise beside values: arguments that are refused with a
+// reason, before anything is touched; progress that can be stopped at each step; threads that
+// change no value.
+#include <gtest/gtest.h>
+#include <sarnum/c.h>
+
+#include <algorithm>
+#include <cstring>
+#include <functional>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "failing_allocations.h"
+
+namespace {
+
+struct Plan {
+  Plan(std::size_t n, sarnum_type precision) {
+    EXPECT_EQ(sarnum_plan_create(n, precision, &plan), SARNUM_OK);
+  }
+  Plan(const Plan&) = delete;
+  Plan& operator=(const Plan&) = delete;
+  ~Plan() { sarnum_plan_destroy(plan); }
+
+  sarnum_plan* plan = nullptr;
+};
+
+/// Lawful arguments of every function, which a test spoils one by one. Lines are the rows of an
+/// image.
+struct Arguments {
+  static constexpr std::size_t side = 256, rows = 512;  // enough for threads
+
+  Plan of_lines{side, SARNUM_FLOAT64}, of_columns{rows, SARNUM_FLOAT64},
+      of_floats{rows, SARNUM_FLOAT32};
+  const sarnum_plan* plan = of_lines.plan;
+  const sarnum_plan* column_plan = of_columns.plan;
+  sarnum_plan* made = nullptr;
+  sarnum_plan** to_make = &made;
+  std::size_t n = side;
+  sarnum_type precision = SARNUM_FLOAT64;
+  sarnum_direction direction = SARNUM_FORWARD;
+  sarnum_scaling scaling = SARNUM_BY_ROOT;
+  std::vector<double> numbers = std::vector<double>(2 * side * rows + 8),
+                      reference{1, 2, 3, 4, 5, 6};
+  void *re = numbers.data(), *im = nullptr;
+  const void *reference_re = reference.data(), *reference_im = nullptr;
+  std::size_t reference_count = 3;
+  std::size_t count = rows;
+  std::ptrdiff_t stride = 1, distance = side;
+  sarnum_type type = SARNUM_COMPLEX_FLOAT64;
+  std::vector<const void*> source_rows;
+  std::vector<void*> target_rows;
+  const void* const* source = nullptr;
+  void* const* target = nullptr;
+  std::size_t width = side, height = rows;
+  sarnum_options run = SARNUM_OPTIONS_INIT;
+  const sarnum_options* options = &run;
+
+  Arguments() {
+    for (std::size_t i = 0; i < numbers.size(); ++i) {
+      numbers[i] = static_cast<double>(i * 7919 % 1009) / 1009;
+    }
+    for (std::size_t row = 0; row < rows; ++row) {
+      target_rows.push_back(&numbers[2 * side * row]);
+    }
+    source_rows.assign(target_rows.begin(), target_rows.end());
+    source = source_rows.data();
+    target = target_rows.data();
+  }
+};
+
+/// A function of the interface on those arguments.
+struct Function {
+  const char* name;
+  std::function<sarnum_status(Arguments&)> call;
+};
+
+const Function create{"sarnum_plan_create",
+                      [](Arguments& a) { return sarnum_plan_create(a.n, a.precision, a.to_make); }};
+const Function line{"sarnum_transform", [](Arguments& a) {
+                      return sarnum_transform(a.plan, a.direction, a.scaling, a.re, a.im);
+                    }};
+const Function lines{"sarnum_transform_lines", [](Arguments& a) {
+                       return sarnum_transform_lines(a.plan, a.direction, a.scaling, a.re, a.im,
+                                                     a.count, a.stride, a.distance, a.options);
+                     }};
+const Function columns{"columns by sarnum_transform_lines", [](Arguments& a) {
+                         return sarnum_transform_lines(a.plan, a.direction, a.scaling, a.re, a.im,
+                                                       a.count, 2 * a.distance, a.stride,
+                                                       a.options);
+                       }};
+const Function compression{"sarnum_compress_lines", [](Arguments& a) {
+                             return sarnum_compress_lines(a.plan, a.reference_re, a.reference_im,
+                                                          a.reference_count, a.re, a.im, a.count,
+                                                          a.stride, a.distance, a.options);
+                           }};
+const Function planned{"sarnum_transform_2d", [](Arguments& a) {
+                         return sarnum_transform_2d(a.plan, a.column_plan, a.direction, a.scaling,
+                                                    a.type, a.source, a.width, a.height, a.target,
+                                                    a.options);
+                       }};
+const Function raster{"sarnum_transform_raster", [](Arguments& a) {
+                        return sarnum_transform_raster(a.direction, a.type, a.source, a.width,
+                                                       a.height, a.target, a.options);
+                      }};
+
+const std::vector<Function> by_steps{lines, columns, compression, planned, raster};
+
+// --- Refused arguments ---------------------------------------------------------------------------
+
+struct Refused {
+  const char* message;  ///< what it begins with
+  std::vector<Function> by;
+  std::function<void(Arguments&)> spoil;
+  sarnum_status status = SARNUM_INVALID_ARGUMENT;
+};
+
+/// An options structure of a later version, with a member that this one does not know.
+struct LaterOptions {
+  sarnum_options known;
+  std::size_t unknown;
+};
+
+const std::vector<Refused> all_refused{
+    {"plan is NULL: pass the address", {create}, [](auto& a) { a.to_make = nullptr; }},
+    {"precision is 9: ", {create}, [](auto& a) { a.precision = SARNUM_COMPLEX_FLOAT32; }},
+    {"n is 0: ", {create}, [](auto& a) { a.n = 0; }},
+    {"n is 1073741825: ", {create}, [](auto& a) { a.n = (1U << 30) + 1; }},
+    {"n is 1000: this version transforms powers of two; fill the line with zeros up to 1024",
+     {create},
+     [](auto& a) { a.n = 1000; },
+     SARNUM_UNSUPPORTED},
+    {"plan is NULL: ", {line, lines, compression}, [](auto& a) { a.plan = nullptr; }},
+    {"row_plan is NULL: ", {planned}, [](auto& a) { a.plan = nullptr; }},
+    {"column_plan is NULL: ", {planned}, [](auto& a) { a.column_plan = nullptr; }},
+    {"column_plan is a plan of the other precision: ",
+     {planned},
+     [](auto& a) { a.column_plan = a.of_floats.plan; }},
+    {"direction is 3: ", {line, lines, planned, raster}, [](auto& a) { a.direction = 3; }},
+    {"scaling is 0: ", {line, lines, planned}, [](auto& a) { a.scaling = 0; }},
+    {"re is NULL: ", {line, lines, compression}, [](auto& a) { a.re = nullptr; }},
+    {"re is not aligned: ",
+     {line, lines, compression},
+     [](auto& a) { a.re = static_cast<char*>(a.re) + 4; }},
+    {"im is not aligned: ",
+     {line, lines, compression},
+     [](auto& a) { a.im = static_cast<char*>(a.re) + 1; }},
+    {"im is an array that shares numbers with re: ",
+     {line, lines, compression},
+     [](auto& a) { a.im = a.re; }},
+    {"im is an array that shares numbers with re: ",
+     {line, lines, compression},
+     [](auto& a) { a.im = &a.numbers[a.side - 1]; }},
+    {"im is an array that shares numbers with re: ",
+     {lines},
+     [](auto& a) {
+       a.im = &a.numbers[4];
+       a.count = a.side / 2;
+       a.stride = 2;
+       a.distance = 2 * a.side;
+     }},
+    {"stride is 0: ", {lines, compression}, [](auto& a) { a.stride = 0; }},
+    {"count is 18446744073709551615: ", {lines, compression}, [](auto& a) { a.count = SIZE_MAX; }},
+    {"count is 512: ", {lines, compression}, [](auto& a) { a.distance = PTRDIFF_MIN; }},
+    {"distance is 0: ", {lines, compression}, [](auto& a) { a.distance = 0; }},
+    {"distance is -255: ", {lines, compression}, [](auto& a) { a.distance = -255; }},
+    {"reference_re is NULL: ", {compression}, [](auto& a) { a.reference_re = nullptr; }},
+    {"reference_re is not aligned: ",
+     {compression},
+     [](auto& a) { a.reference_re = static_cast<const char*>(a.reference_re) + 2; }},
+    {"reference_re is an array within the lines: ",
+     {compression},
+     [](auto& a) { a.reference_re = &a.numbers[100]; }},
+    {"reference_im is an array within the lines: ",
+     {compression},
+     [](auto& a) { a.reference_im = &a.numbers[100]; }},
+    {"reference_count is 0: ", {compression}, [](auto& a) { a.reference_count = 0; }},
+    {"reference_count is 257: ", {compression}, [](auto& a) { a.reference_count = 257; }},
+    {"type is 0: ", {planned, raster}, [](auto& a) { a.type = 0; }},
+    {"type is 17: ", {planned, raster}, [](auto& a) { a.type = 17; }},
+    {"type is 7: ",
+     {raster},
+     [](auto& a) {
+       a.type = SARNUM_FLOAT32;
+       a.direction = SARNUM_INVERSE;
+     }},
+    {"width is 0: ", {planned, raster}, [](auto& a) { a.width = 0; }},
+    {"height is 0: ", {planned, raster}, [](auto& a) { a.height = 0; }},
+    {"width is 257: pass 1 to 256, the length of row_plan",
+     {planned},
+     [](auto& a) { a.width = 257; }},
+    {"height is 513: ", {planned}, [](auto& a) { a.height = 513; }},
+    {"width is 1073741825: ", {raster}, [](auto& a) { a.width = (1U << 30) + 1; }},
+    {"width is 100: pass a power of two",
+     {raster},
+     [](auto& a) {
+       a.width = 100;
+       a.direction = SARNUM_INVERSE;
+     }},
+    {"source is NULL: ", {planned, raster}, [](auto& a) { a.source = nullptr; }},
+    {"target is NULL: ", {planned, raster}, [](auto& a) { a.target = nullptr; }},
+    {"source[3] is NULL: ", {planned, raster}, [](auto& a) { a.source_rows[3] = nullptr; }},
+    {"target[255] is NULL: ", {planned, raster}, [](auto& a) { a.target_rows[255] = nullptr; }},
+    {"target[9] overlaps target[10]: ",
+     {planned, raster},
+     [](auto& a) { a.target_rows[9] = static_cast<char*>(a.target_rows[10]) + 1; }},
+    {"source[9] overlaps target[8]: ",
+     {planned, raster},
+     [](auto& a) { a.source_rows[9] = a.source_rows[8]; }},
+    {"source[9] overlaps target[9]: ",
+     {planned, raster},
+     [](auto& a) { a.source_rows[9] = &a.numbers[2 * a.side * 9 + 1]; }},
+    {"options->threads is -1: ", by_steps, [](auto& a) { a.run.threads = -1; }},
+    {"options->threads is 1025: ", by_steps, [](auto& a) { a.run.threads = 1025; }},
+    {"options->size is 0: ", by_steps, [](auto& a) { a.run.size = 0; }},
+    {"options->size is 5000: ", by_steps, [](auto& a) { a.run.size = 5000; }},
+    {"options->size is 40: an option is set that this version", by_steps,
+     [](auto& a) {
+       static const LaterOptions later{{sizeof later, 1, nullptr, nullptr}, 1};
+       a.options = &later.known;
+     },
+     SARNUM_UNSUPPORTED},
+};
+
+TEST(CInterface, RefusesEachBadArgumentWithAReasonAndTouchesNothing) {
+  for (const Refused& refused : all_refused) {
+    for (const Function& function : refused.by) {
+      Arguments a;
+      refused.spoil(a);
+      const std::vector<double> before = a.numbers;
+      EXPECT_EQ(function.call(a), refused.status) << function.name << ": " << refused.message;
+      EXPECT_EQ(std::string(sarnum_error_message()).substr(0, std::strlen(refused.message)),
+                refused.message)
+          << function.name;
+      EXPECT_EQ(a.numbers, before) << function.name << ": " << refused.message;
+      EXPECT_EQ(a.made, nullptr);
+    }
+  }
+}
+
+TEST(CInterface, ReadsOptionsOfEarlierAndLaterVersions) {
+  Arguments a;
+  LaterOptions later{SARNUM_OPTIONS_INIT, 0};
+  later.known.size = sizeof later;
+  a.options = &later.known;
+  EXPECT_EQ(lines.call(a), SARNUM_OK) << sarnum_error_message();
+  a.options = &a.run;
+  a.run = {sizeof(std::size_t), -5, nullptr, nullptr};  // -5 is beyond its end
+  EXPECT_EQ(lines.call(a), SARNUM_OK) << sarnum_error_message();
+}
+
+TEST(CInterface, AcceptsLinesInEachOthersGaps) {
+  Arguments a;
+  const std::vector<double> before = a.numbers;
+  a.im = &a.numbers[1];  // interleaved samples as split ones
+  a.stride = 2;
+  a.distance = 2 * a.side;
+  ASSERT_EQ(lines.call(a), SARNUM_OK) << sarnum_error_message();
+  Arguments interleaved;
+  ASSERT_EQ(lines.call(interleaved), SARNUM_OK);
+  EXPECT_EQ(a.numbers, interleaved.numbers);
+  EXPECT_NE(a.numbers, before);
+}
+
+TEST(CInterface, KeepsMessagesOfThreadsApart) {
+  EXPECT_EQ(sarnum_plan_create(0, SARNUM_FLOAT32, nullptr), SARNUM_INVALID_ARGUMENT);
+  std::thread([] { EXPECT_STREQ(sarnum_error_message(), ""); }).join();
+  EXPECT_STRNE(sarnum_error_message(), "");
+}
+
+// --- Progress and threads ------------------------------------------------------------------------
+
+/// Notes what it is told, and stops at a step.
+struct Watcher {
+  std::vector<double> fractions;
+  std::size_t stop_at = SIZE_MAX;
+  std::thread::id thread = std::this_thread::get_id();
+
+  static int told(void* self, double fraction) {
+    auto& watcher = *static_cast<Watcher*>(self);
+    EXPECT_EQ(std::this_thread::get_id(), watcher.thread);
+    watcher.fractions.push_back(fraction);
+    return watcher.fractions.size() > watcher.stop_at ? 1 : 0;
+  }
+};
+
+/// What a function leaves, run on some threads and stopped at a step.
+struct Ran {
+  sarnum_status status;
+  std::vector<double> numbers;
+  std::vector<double> fractions;
+};
+
+Ran run(const Function& function, std::ptrdiff_t threads, std::size_t stop_at = SIZE_MAX) {
+  Arguments a;
+  Watcher watcher;
+  watcher.stop_at = stop_at;
+  a.run.threads = threads;
+  a.run.progress = &Watcher::told;
+  a.run.context = &watcher;
+  const sarnum_status status = function.call(a);
+  return {status, a.numbers, watcher.fractions};
+}
+
+TEST(CInterface, GivesTheSameValuesOnAnyNumberOfThreads) {
+  for (const Function& function : by_steps) {
+    const Ran alone = run(function, 1);
+    ASSERT_EQ(alone.status, SARNUM_OK) << function.name;
+    for (const std::ptrdiff_t threads : {2, 3, 16, 0}) {
+      const Ran shared = run(function, threads);
+      EXPECT_EQ(shared.status, SARNUM_OK) << function.name;
+      EXPECT_EQ(shared.numbers, alone.numbers) << function.name << " on " << threads;
+    }
+  }
+}
+
+TEST(CInterface, TellsProgressAndStopsAtEachStep) {
+  for (const Function& function : by_steps) {
+    for (const std::ptrdiff_t threads : {1, 2}) {
+      const Ran whole = run(function, threads);
+      const auto& told = whole.fractions;
+      ASSERT_GE(told.size(), 2U);
+      EXPECT_EQ(told.front(), 0);
+      EXPECT_EQ(told.back(), 1);
+      EXPECT_TRUE(std::is_sorted(told.begin(), told.end())) << function.name;
+      // Other threads make fewer steps of it.
+      for (std::size_t step = 0; step < (threads == 1 ? told.size() : 3); ++step) {
+        const Ran stopped = run(function, threads, step);
+        EXPECT_TRUE(stopped.status == SARNUM_CANCELLED ||
+                    (threads > 1 && stopped.fractions.size() <= step))
+            << function.name << " at step " << step;
+        EXPECT_EQ(stopped.numbers == Arguments().numbers, step == 0 || stopped.status == SARNUM_OK)
+            << function.name;
+        if (stopped.status == SARNUM_CANCELLED) {
+          EXPECT_EQ(stopped.fractions.size(), step + 1) << "called on after it was told to stop";
+          EXPECT_STREQ(sarnum_error_message(),
+                       "options->progress asked to stop: the output is incomplete.");
+        }
+      }
+      EXPECT_EQ(run(function, threads).numbers, whole.numbers) << "after a call that was stopped";
+    }
+  }
+}
+
+TEST(CInterface, GoesOnWithFewerThreadsWhereStorageIsShort) {
+  for (const Function& function : by_steps) {
+    const Ran alone = run(function, 1);
+    for (int nth = 1, count = nth; nth <= count; ++nth) {
+      Arguments a;
+      a.run.threads = 4;
+      const std::vector<double> before = a.numbers;
+      sarnum_status status;
+      {
+        const FailingAllocations failing(nth);
+        status = function.call(a);
+        count = std::max(count, failing.count());
+      }
+      EXPECT_EQ(a.numbers, status == SARNUM_OK ? alone.numbers : before) << function.name;
+      EXPECT_TRUE(status == SARNUM_OK || status == SARNUM_NO_MEMORY) << sarnum_error_message();
+    }
+  }
+}
+
+}  // namespace
