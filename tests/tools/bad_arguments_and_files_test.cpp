@@ -59,6 +59,8 @@ const struct {
     {1, "detect complex.tif /vsimem/out.tif", "on disk"},
     {2, "detect complex.tif ./complex.tif", "being read"},
     {1, "detect complex.tif placed.tif --overwrite", "'placed.tfw' exists"},
+    {1, "detect power.vrt old.tif --overwrite", "intensity already"},
+    {1, "detect power.vrt old.tif --overwrite --amplitude", "--force"},
     {2, "multilook outer.vrt real.tif --overwrite --looks 2x2", "being read"},
     {2, "multilook real.tif link.tif --overwrite --looks 2x2", "being read"},
     {1, "detect complex.tif out.tif --picture old.png", "old.png"},

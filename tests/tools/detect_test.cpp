@@ -51,6 +51,9 @@ TEST_F(ToolTest, DetectKeepsNodataApartAndTheDescriptionTrue) {
                     std::string("SARNUM_QUANTITY=") + (option + 2), "Origin = (5.0000"});
     EXPECT_EQ(about.find("Unit Type") == about.npos, option == std::string("--intensity"));
   }
+  run_silently("detect ramp.tif power.tif -q");
+  run_silently("detect power.tif square.tif -q --force");
+  EXPECT_EQ(read("square.tif").at(7, 0), Sample(256));
 }
 
 }  // namespace

@@ -16,6 +16,7 @@
 #include "output.h"
 #include "picture.h"
 #include "progress.h"
+#include "quantity.h"
 #include "raster_input.h"
 
 namespace sarnum::tool {
@@ -55,18 +56,23 @@ class Detector {
   std::int64_t lost_ = 0;
 };
 
-void warn_of_input(const RasterInput& input, const DetectArguments& arguments) {
-  if (input.type().is_complex()) {
+/// Squares of what is a power already, or its logarithm, would be called intensity in vain.
+void check_input(const RasterInput& input, const DetectArguments& arguments) {
+  const std::optional<Quantity> quantity = noted_quantity(input);
+  if (input.type().is_complex() || quantity == Quantity::amplitude) {
     return;
   }
-  const char* const quantity = input.dataset().GetMetadataItem(quantity_item);
-  if (quantity != nullptr && EQUAL(quantity, quantity_intensity)) {
-    warn(in_quotes(input.path()) + " holds intensity already; its values are taken as amplitudes");
-  } else if (const std::string sign = input.sign_of_decibels(); !sign.empty()) {
-    warn(in_quotes(input.path()) + " seems to hold decibels (" + sign +
-         "); its values are taken as amplitudes");
+  const std::string name = in_quotes(input.path());
+  if (quantity && !arguments.force) {
+    throw Failure(name + " holds " + name_of(*quantity) +
+                  " already; to take its values as amplitudes all the same give --force");
+  }
+  if (quantity) {
+    warn(name + " holds " + name_of(*quantity) + "; its values are taken as amplitudes");
+  } else if (const std::string evidence = evidence_of_decibels(input); !evidence.empty()) {
+    warn(name + " seems to hold decibels (" + evidence + "); its values are taken as amplitudes");
   } else if (!arguments.amplitude) {
-    warn(in_quotes(input.path()) + " holds real values: they are taken as amplitudes and squared");
+    warn(name + " holds real values: they are taken as amplitudes and squared");
   }
 }
 
@@ -122,7 +128,7 @@ void run_detect(const DetectArguments& arguments) {
   const RasterInput input(arguments.input);
   OutputFile output(arguments.output, arguments.overwrite, input.files());
   PictureFile picture(arguments.picture, arguments.overwrite, input.files(), output);
-  warn_of_input(input, arguments);
+  check_input(input, arguments);
   warn_of_other_format(arguments.output);
 
   Progress progress(arguments.show_progress);

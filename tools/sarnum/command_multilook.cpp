@@ -23,6 +23,7 @@
 #include "output.h"
 #include "picture.h"
 #include "progress.h"
+#include "quantity.h"
 #include "raster_input.h"
 #include "report.h"
 
@@ -73,7 +74,7 @@ void check_input(const RasterInput& input, const MultilookArguments& arguments) 
   }
   const char* const quantity = input.dataset().GetMetadataItem(quantity_item);
   const bool has_power = quantity != nullptr && !EQUAL(quantity, quantity_decibel);
-  const std::string sign = input.sign_of_decibels();
+  const std::string sign = evidence_of_decibels(input);
   if (arguments.from_decibel && has_power) {
     warn(name + " holds " + quantity + "; its values are taken as decibels");
   } else if (!arguments.from_decibel && !sign.empty()) {

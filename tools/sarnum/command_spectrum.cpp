@@ -21,6 +21,7 @@
 #include "output.h"
 #include "picture.h"
 #include "progress.h"
+#include "quantity.h"
 #include "raster_input.h"
 
 namespace sarnum::tool {

@@ -35,6 +35,7 @@ struct MultilookArguments : ConversionArguments {
 struct DetectArguments : ConversionArguments {
   bool amplitude = false;  ///< else intensity
   bool intensity_was_asked_for = false;
+  bool force = false;  ///< even of intensity or decibels
 };
 
 struct SpectrumArguments : ConversionArguments {

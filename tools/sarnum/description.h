@@ -16,12 +16,6 @@ namespace sarnum::tool {
 
 class RasterInput;
 
-/// Metadata item in which the tool notes what the values of a raster are, and its values.
-inline constexpr const char* quantity_item = "SARNUM_QUANTITY";
-inline constexpr const char* quantity_intensity = "intensity";
-inline constexpr const char* quantity_amplitude = "amplitude";
-inline constexpr const char* quantity_decibel = "decibel";
-
 /// Ground control points with the strings they own.
 class ControlPoints {
  public:

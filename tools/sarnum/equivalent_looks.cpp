@@ -1,14 +1,13 @@
 #include "equivalent_looks.h"
 
-#include <sarnum/sarnum.h>
-
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <span>
 #include <vector>
+
+#include "row_pieces.h"
 
 namespace sarnum::tool {
 namespace {
@@ -16,7 +15,9 @@ namespace {
 constexpr std::array block_sizes = {32, 16, 8};
 constexpr int enough_blocks = 64;  // to prefer a block size
 constexpr int fewest_blocks = 8;
-constexpr int most_block_rows = 64;
+constexpr int most_blocks_across = 1024;
+constexpr int most_blocks_down = 64;
+static_assert(most_blocks_across * block_sizes.front() <= RowPieces::longest);
 
 /// Mean and variance of a growing sample (Welford's updating, which does not cancel).
 struct Moments {
@@ -38,88 +39,61 @@ struct Block {
   double measured;
 };
 
-/// The intensities of a block of rows; NaN where a pixel holds no sample.
-class IntensityReader {
- public:
-  IntensityReader(const RasterInput& input, Quantity quantity, int rows)
-      : input_(input),
-        quantity_(quantity),
-        pixels_(size(rows) * input.type().bytes()),
-        re_(size(rows)),
-        im_(size(rows)) {}
+/// A block as far as it has been read. Its samples are parted like the fields of a chessboard.
+struct Fields {
+  std::array<Moments, 2> colours;
+  bool is_whole = true;
 
-  const std::vector<double>& read(int first, int rows) {
-    input_.read_rows(first, rows, pixels_.data());
-    for (int y = 0; y < rows; ++y) {
-      Transform_to_double(pixels_.data() + size(y) * input_.type().bytes(), input_.type().code,
-                          re_.data() + size(y), im_.data() + size(y), input_.width());
-    }
-    input_.gaps().mark(0, first, input_.width(), std::span(re_).first(size(rows)), im_);
-    for (std::size_t i = 0; i < size(rows); ++i) {
-      re_[i] = intensity(re_[i], im_[i]);
-    }
-    return re_;
+  void add(int x, int y, double intensity) {
+    is_whole = is_whole && std::isfinite(intensity);
+    colours[static_cast<std::size_t>((x + y) % 2)].add(intensity);
   }
 
- private:
-  std::size_t size(int rows) const {
-    return static_cast<std::size_t>(input_.width()) * static_cast<std::size_t>(rows);
+  std::optional<Block> block() const {
+    const Block block{colours[0].looks(), colours[1].looks()};
+    const bool varies = colours[0].squares > 0 && colours[1].squares > 0;
+    return is_whole && varies && std::isfinite(block.chosen_by) && std::isfinite(block.measured)
+               ? std::optional(block)
+               : std::nullopt;
   }
-
-  double intensity(double re, double im) const {
-    if (input_.type().is_complex()) {
-      return re * re + im * im;
-    }
-    switch (quantity_) {
-      case Quantity::amplitude:
-        return re * re;
-      case Quantity::decibel:
-        return std::pow(10.0, re / 10.0);
-      case Quantity::intensity:
-        break;
-    }
-    return re;
-  }
-
-  const RasterInput& input_;
-  Quantity quantity_;
-  std::vector<std::byte> pixels_;
-  std::vector<double> re_;
-  std::vector<double> im_;
 };
 
-std::optional<Block> measure_block(const double* corner, std::size_t stride, int size) {
-  std::array<Moments, 2> colours;
-  for (int y = 0; y < size; ++y) {
-    for (int x = 0; x < size; ++x) {
-      const double value =
-          corner[static_cast<std::size_t>(y) * stride + static_cast<std::size_t>(x)];
-      if (!std::isfinite(value)) {
-        return std::nullopt;
-      }
-      colours[static_cast<std::size_t>((x + y) % 2)].add(value);
-    }
+double intensity(Quantity quantity, double re, double im) {
+  switch (quantity) {
+    case Quantity::amplitude:
+      return re * re + im * im;
+    case Quantity::decibel:
+      return std::pow(10.0, re / 10.0);
+    case Quantity::intensity:
+      break;
   }
-  const Block block{colours[0].looks(), colours[1].looks()};
-  const bool varies = colours[0].squares > 0 && colours[1].squares > 0;
-  return varies && std::isfinite(block.chosen_by) && std::isfinite(block.measured)
-             ? std::optional(block)
-             : std::nullopt;
+  return re;
 }
 
+/// Row by row, since a raster may be stored in rows: each is then read once, however wide.
 std::vector<Block> measure_blocks(const RasterInput& input, Quantity quantity, int size) {
   std::vector<Block> blocks;
-  IntensityReader reader(input, quantity, size);
-  const int block_rows = input.height() / size;
-  const int rows_read = std::min(block_rows, most_block_rows);
-  const auto stride = static_cast<std::size_t>(input.width());
-  for (int k = 0; k < rows_read; ++k) {
-    const auto block_row =
-        static_cast<int>((2 * std::int64_t{k} + 1) * block_rows / (2 * std::int64_t{rows_read}));
-    const std::vector<double>& intensities = reader.read(block_row * size, size);
-    for (int x = 0; x + size <= input.width(); x += size) {
-      if (const auto block =
-              measure_block(&intensities[static_cast<std::size_t>(x)], stride, size)) {
+  RowPieces pieces(input);
+  const std::vector<int> columns = evenly_spread(input.width(), size, most_blocks_across);
+  for (const int row : evenly_spread(input.height(), size, most_blocks_down)) {
+    std::vector<Fields> fields(columns.size());
+    for (int y = 0; y < size; ++y) {
+      for (std::size_t k = 0, end = 0; k < columns.size();) {
+        const int first = columns[k];
+        while (end < columns.size() && columns[end] - first == size * static_cast<int>(end - k)) {
+          ++end;
+        }
+        pieces.read(first, row + y, columns[end - 1] + size - first);
+        for (; k < end; ++k) {
+          for (int x = 0; x < size; ++x) {
+            const auto at = static_cast<std::size_t>(columns[k] - first + x);
+            fields[k].add(x, y, intensity(quantity, pieces.re()[at], pieces.im()[at]));
+          }
+        }
+      }
+    }
+    for (const Fields& field : fields) {
+      if (const auto block = field.block()) {
         blocks.push_back(*block);
       }
     }
@@ -147,7 +121,8 @@ std::optional<EquivalentLooks> equivalent_looks(const RasterInput& input, Quanti
       break;
     }
   }
-  std::vector<Block> blocks = measure_blocks(input, quantity, size);
+  std::vector<Block> blocks =
+      measure_blocks(input, input.type().is_complex() ? Quantity::amplitude : quantity, size);
   if (blocks.size() < fewest_blocks) {
     return std::nullopt;
   }

@@ -4,12 +4,10 @@
 
 #include <optional>
 
+#include "quantity.h"
 #include "raster_input.h"
 
 namespace sarnum::tool {
-
-/// What the samples of a raster are.
-enum class Quantity { intensity, amplitude, decibel };
 
 struct EquivalentLooks {
   double looks;
@@ -25,8 +23,9 @@ struct EquivalentLooks {
 /// looks even in pure speckle. So the samples of a block are parted like the fields of a
 /// chessboard: those of one colour choose, those of the other measure.
 ///
-/// Blocks with nodata, masked samples, NaN or no variance are left out. Large images are sampled in
-/// evenly spaced rows of blocks.
+/// Scale and offset of real samples are applied. Blocks with nodata, masked samples, NaN or no
+/// variance are left out. Large images are sampled in evenly spaced rows and columns of blocks.
+/// @param quantity  of real samples; the intensity of complex ones is measured.
 /// @return nothing when there are too few blocks.
 std::optional<EquivalentLooks> equivalent_looks(const RasterInput& input, Quantity quantity);
 

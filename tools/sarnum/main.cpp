@@ -172,8 +172,11 @@ void add_detect(CLI::App& app, Arguments& arguments) {
       .add_flag("--intensity", arguments.detect.intensity_was_asked_for,
                 "Write intensity, |z|^2: the default")
       ->excludes(amplitude);
+  command.add_flag("--force", arguments.detect.force,
+                   "Detect even an INPUT that holds intensity or decibels");
   command.footer(
-      "Intensity is what may be averaged. Values of a real raster are taken as amplitudes.\n"
+      "Intensity is what may be averaged. Values of a real raster are taken as amplitudes, unless\n"
+      "metadata of sarnum say that they are intensity or decibels: these are refused.\n"
       "Example:\n  sarnum detect slc.tif intensity.tif");
 }
 
@@ -221,7 +224,9 @@ void add_info(CLI::App& app, Arguments& arguments) {
   add("--amplitude", Quantity::amplitude, "Amplitude");
   add("--decibel", Quantity::decibel, "Decibel of intensity");
   command.footer(
-      "Without them, metadata and the values themselves tell what the samples seem to be.\n"
+      "Without them, metadata and the values themselves tell what the samples seem to be. Where\n"
+      "they may be intensity as well as amplitude, both figures are printed. Scale and offset are\n"
+      "applied.\n"
       "Examples:\n  sarnum info looks.tif\n  sarnum info --json looks.tif");
 }
 

@@ -350,36 +350,4 @@ void SampleReader::read(int first, int rows) {
   }
 }
 
-bool is_label_of_decibels(const std::string& label) {
-  const std::string text = CPLString(label).tolower();
-  return text == "db" || text.find("decibel") != std::string::npos || text.ends_with("_db") ||
-         text.ends_with(" db") || text.ends_with("[db]") || text.ends_with("(db)");
-}
-
-std::string RasterInput::sign_of_decibels() const {
-  if (type_.is_complex()) {
-    return "";
-  }
-  for (const char* const word : {band().GetUnitType(), band().GetDescription()}) {
-    if (word == nullptr) {
-      continue;
-    }
-    if (is_label_of_decibels(word)) {
-      return "it is labelled " + in_quotes(word);
-    }
-  }
-  SampleReader reader(*this, 1);
-  constexpr int most_rows = 16;
-  const int rows = std::min(most_rows, height());
-  for (int k = 0; k < rows; ++k) {
-    const std::int64_t middle = (2 * std::int64_t{k} + 1) * height() / (2 * std::int64_t{rows});
-    reader.read(static_cast<int>(middle), 1);
-    const std::span<const double> row = reader.re();
-    if (std::any_of(row.begin(), row.end(), [](double value) { return value < 0; })) {
-      return "it has values below zero";
-    }
-  }
-  return "";
-}
-
 }  // namespace sarnum::tool

@@ -55,9 +55,6 @@ class RasterInput {
   /// The files the raster consists of, those of its parts and those read beside it included.
   const std::vector<std::string>& files() const { return files_; }
 
-  /// Why the samples are to be taken for decibels, or nothing. Reads a few rows.
-  std::string sign_of_decibels() const;
-
  private:
   void read_first_sample() const;
 
@@ -96,9 +93,6 @@ class SampleReader {
   std::vector<double> re_;
   std::vector<double> im_;
 };
-
-/// Whether a unit or the name of a band says decibels.
-bool is_label_of_decibels(const std::string& label);
 
 }  // namespace sarnum::tool
 

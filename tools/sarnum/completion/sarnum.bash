@@ -9,7 +9,7 @@ _sarnum() {
     return
   fi
   case ${COMP_WORDS[1]} in
-    detect) options="$conversion --amplitude --intensity" ;;
+    detect) options="$conversion --amplitude --intensity --force" ;;
     multilook) options="$conversion --looks --square --spacing --incidence --nodata --from-db --to-db" ;;
     spectrum) options="$conversion --centred --inverse --nodata" ;;
     info) options='--json --intensity --amplitude --decibel --quiet --help -q -h' ;;
