@@ -23,6 +23,7 @@ import glob
 import logging
 import os
 import pathlib
+import re
 import shutil
 import signal
 import sys
@@ -36,6 +37,9 @@ from osgeo import gdal
 
 PIXELS_AT_ONCE = 1 << 20  # that a task holds in memory
 PIXELS_OF_A_TASK = 1 << 26
+# Items that the mean of pixels makes untrue, or may.
+OUTDATED = re.compile("^(STATISTICS_|TIFFTAG_MINSAMPLE|TIFFTAG_MAXSAMPLE|SARNUM_LOOKS)|SPACING|LOOKS|RESOLUTION$|"
+                      "PIXEL_?SIZE|SAMPLING_|LINE_?TIME|TIME_?INTERVAL|IMAGE_SIZE|LINE_LENGTH", re.IGNORECASE)
 CACHE = 1 << 26  # bytes that GDAL keeps of a file, beside what a row of its tiles needs
 
 
@@ -166,11 +170,15 @@ def describe(target, scene):
         target.SetGCPs(points, source.GetGCPSpatialRef())
     if source.GetSpatialRef() and (transform or not points):
         target.SetSpatialRef(source.GetSpatialRef())
-    kept = {name: text for name, text in source.GetMetadata().items()
-            if not name.startswith(("STATISTICS_", "TIFFTAG_MINSAMPLE", "TIFFTAG_MAXSAMPLE"))}
+    items = source.GetMetadata()
+    kept = {name: text for name, text in items.items() if not OUTDATED.search(name)}
+    if not transform and points:
+        # GDAL 3.6 moves the control points of a file that it creates for values at points.
+        kept.pop("AREA_OR_POINT", None)
+    before = re.fullmatch(r"(\d+)x(\d+)", items.get("SARNUM_LOOKS", "1x1"))
+    looks = {"SARNUM_LOOKS": f"{int(before[1]) * scene.across}x{int(before[2]) * scene.down}"} if before else {}
     quantity = {} if scene.detect == "none" else {"SARNUM_QUANTITY": scene.detect}
-    target.SetMetadata(kept | quantity | {
-        "SARNUM_LOOKS": f"{scene.across}x{scene.down}",
+    target.SetMetadata(kept | quantity | looks | {
         "SARNUM_SOURCE": os.fspath(scene.path),
         "SARNUM_VERSION": sarnum.__version__,
     })

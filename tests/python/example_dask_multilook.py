@@ -28,6 +28,7 @@ def make_scene(path, kind, bands=1):
         file.SetProjection(reference.ExportToWkt())
         file.SetGeoTransform((500000, 10, 1, 5000000, 2, -20))
     elif kind == gdal.GDT_CFloat32:
+        file.SetMetadata({"AREA_OR_POINT": "Point", "SARNUM_LOOKS": "2x1"})
         file.SetGCPs([gdal.GCP(5e5 + x, 5e6 - y, 0, x, y) for x in (0, 700) for y in (9, 801)], reference)
     else:
         file.GetRasterBand(1).SetNoDataValue(-99)
@@ -69,9 +70,10 @@ def kill_a_worker(run, out):
 def described(path, number):
     file = gdal.Open(str(path))
     band = file.GetRasterBand(number)
-    points = [(p.GCPPixel, p.GCPLine, p.GCPX, p.GCPY) for p in file.GetGCPs()]
+    points = [(round(p.GCPPixel, 9), round(p.GCPLine, 9), p.GCPX, p.GCPY) for p in file.GetGCPs()]
     return (file.GetGeoTransform(), file.GetProjection(), file.GetGCPProjection(), points,
-            {**file.GetMetadata(), "SARNUM_SOURCE": ""}, str(band.GetNoDataValue()), band.ReadAsArray())
+            {**file.GetMetadata(), "SARNUM_SOURCE": "", "AREA_OR_POINT": ""}, str(band.GetNoDataValue()),
+            band.ReadAsArray())
 
 
 def serial(scene, number, folder):

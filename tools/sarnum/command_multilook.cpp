@@ -133,7 +133,6 @@ Description described(const RasterInput& input, const MultilookArguments& argume
     description.metadata.SetNameValue(quantity_item,
                                       arguments.to_decibel ? quantity_decibel : quantity_intensity);
   }
-  description.metadata.SetNameValue("SARNUM_LOOKS", looks.text().c_str());
   description.metadata.SetNameValue("SARNUM_SOURCE", input.path().c_str());
   description.metadata.SetNameValue("SARNUM_VERSION", build_info().version);
   return description;

@@ -1,13 +1,18 @@
 #include "description.h"
 
+#include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <utility>
 
 #include "messages.h"
+#include "pixel_items.h"
 #include "raster_input.h"
 
 namespace sarnum::tool {
 namespace {
+
+constexpr int most_control_points = 65535 / 6;  // a tag has at most 65535 numbers, a point six
 
 /// The items that stay true when the values change.
 CPLStringList lasting_metadata(CSLConstList items) {
@@ -25,6 +30,43 @@ void replace_number(CPLStringList& items, const char* name, double factor, doubl
   if (const char* const text = items.FetchNameValue(name)) {
     items.SetNameValue(name, CPLString().Printf("%.17g", (CPLAtof(text) + shift) * factor - shift));
   }
+}
+
+/// By how much control points come back moved, in both directions, from a GeoTIFF that GDAL creates
+/// with AREA_OR_POINT=Point. Versions that write them half a pixel to one side and read them half a
+/// pixel to the same side move them by one; a version without the fault, and one that is told by
+/// GTIFF_POINT_GEO_IGNORE to leave half pixels alone, do not. Therefore it is measured.
+std::optional<double> shift_of_points(const OGRSpatialReference* reference) {
+  constexpr const char* name = "/vsimem/sarnum_control_point.tif";
+  GDAL_GCP origin{};
+  GDALInitGCPs(1, &origin);
+  GDALDatasetUniquePtr dataset(
+      GetGDALDriverManager()->GetDriverByName("GTiff")->Create(name, 1, 1, 1, GDT_Byte, nullptr));
+  if (dataset != nullptr) {
+    dataset->SetMetadataItem(GDALMD_AREA_OR_POINT, GDALMD_AOP_POINT);
+    dataset->SetGCPs(1, &origin, reference);
+  }
+  GDALDeinitGCPs(1, &origin);
+  dataset.reset();  // which writes it
+  dataset.reset(GDALDataset::Open(name, GDAL_OF_RASTER));
+  const bool is_read = dataset != nullptr && dataset->GetGCPCount() == 1;
+  const std::optional<double> shift =
+      is_read ? std::optional(dataset->GetGCPs()[0].dfGCPPixel) : std::nullopt;
+  dataset.reset();
+  VSIUnlink(name);
+  return shift;
+}
+
+/// "A", "A and B", "A, B, C and 4 more".
+std::string listed(const std::vector<std::string>& names) {
+  constexpr std::size_t most = 3;
+  std::string text = names.front();
+  const std::size_t shown = std::min(names.size(), most);
+  for (std::size_t i = 1; i < shown; ++i) {
+    text += (i + 1 == names.size() ? " and " : ", ") + names[i];
+  }
+  return shown == names.size() ? text
+                               : text + " and " + std::to_string(names.size() - shown) + " more";
 }
 
 }  // namespace
@@ -55,7 +97,8 @@ Description::Description(const RasterInput& input)
       band_metadata(lasting_metadata(input.band().GetMetadata())),
       band_description(input.band().GetDescription()),
       unit(input.band().GetUnitType()),
-      nodata(input.gaps().nodata()) {
+      nodata(input.gaps().nodata()),
+      source(in_quotes(input.path())) {
   if (const OGRSpatialReference* const found = input.dataset().GetSpatialRef()) {
     reference = *found;
   }
@@ -73,11 +116,24 @@ Description::Description(const RasterInput& input)
     offset = offset_value;
   }
   if (CSLCount(input.dataset().GetMetadata("GEOLOCATION")) > 0) {
-    warn("the geolocation arrays of " + in_quotes(input.path()) + " are not carried over");
+    losses.push_back("the geolocation arrays of " + source + " are not carried over");
+  }
+  if (geotransform && control_points.count() > 0) {
+    losses.push_back("the control points of " + source +
+                     " are not carried over: a GeoTIFF holds them or a geotransform");
+  } else if (control_points.count() > most_control_points) {
+    losses.push_back("the " + std::to_string(control_points.count()) + " control points of " +
+                     source + " are not carried over: a GeoTIFF holds at most " +
+                     std::to_string(most_control_points));
   }
 }
 
 void Description::enlarge_pixels(int across, int down) {
+  if (geotransform && is_placeholder(*geotransform) && (across > 1 || down > 1)) {
+    losses.push_back("the geotransform of " + source +
+                     " merely counts pixels and is not carried over");
+    geotransform.reset();
+  }
   if (geotransform) {
     std::array<double, 6>& t = *geotransform;
     t[1] *= across;
@@ -95,6 +151,18 @@ void Description::enlarge_pixels(int across, int down) {
   replace_number(rational_model, "LINE_OFF", 1.0 / down, 0.5);
   replace_number(rational_model, "SAMP_SCALE", 1.0 / across, 0.0);
   replace_number(rational_model, "LINE_SCALE", 1.0 / down, 0.0);
+
+  if (metadata.FetchNameValue(looks_item) == nullptr) {
+    metadata.SetNameValue(looks_item, "1x1");
+  }
+  std::vector<std::string> removed = enlarge_pixel_items(metadata, across, down);
+  for (std::string& name : enlarge_pixel_items(band_metadata, across, down)) {
+    removed.push_back(std::move(name));
+  }
+  if (!removed.empty()) {
+    losses.push_back("the items " + listed(removed) + " of " + source +
+                     " are not carried over: they may tell of its pixels, which were averaged");
+  }
 }
 
 void Description::apply(GDALDataset& dataset, const std::string& path) const {
@@ -111,9 +179,19 @@ void Description::apply(GDALDataset& dataset, const std::string& path) const {
   if (geotransform) {
     // A file holds a geotransform or control points, and the former says more.
     check(dataset.SetGeoTransform(const_cast<double*>(geotransform->data())));
-  } else if (control_points.count() > 0) {
-    check(dataset.SetGCPs(control_points.count(), control_points.points(),
-                          control_points.reference()));
+  } else if (control_points.count() > 0 && control_points.count() <= most_control_points) {
+    std::vector<GDAL_GCP> points(control_points.points(),
+                                 control_points.points() + control_points.count());
+    const char* const kind = metadata.FetchNameValue(GDALMD_AREA_OR_POINT);
+    if (kind != nullptr && EQUAL(kind, GDALMD_AOP_POINT)) {
+      const std::optional<double> shift = shift_of_points(control_points.reference());
+      good = shift.has_value();
+      for (GDAL_GCP& point : points) {
+        point.dfGCPPixel -= shift.value_or(0);
+        point.dfGCPLine -= shift.value_or(0);
+      }
+    }
+    check(dataset.SetGCPs(control_points.count(), points.data(), control_points.reference()));
   }
   if (reference && (geotransform || control_points.count() == 0)) {
     check(dataset.SetSpatialRef(&*reference));
@@ -139,6 +217,14 @@ void Description::apply(GDALDataset& dataset, const std::string& path) const {
   if (!good) {
     fail_with_gdal_reason("cannot store the georeferencing or metadata of " + in_quotes(path));
   }
+  for (const std::string& loss : losses) {
+    warn(loss);
+  }
+}
+
+bool is_placeholder(const std::array<double, 6>& geotransform) {
+  const std::array<double, 6>& t = geotransform;
+  return t[0] == 0 && t[1] == 1 && t[2] == 0 && t[3] == 0 && t[4] == 0 && std::abs(t[5]) == 1;
 }
 
 }  // namespace sarnum::tool

@@ -11,6 +11,7 @@
 #include <array>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace sarnum::tool {
 
@@ -52,13 +53,19 @@ struct Description {
   std::optional<double> nodata;
   std::optional<double> scale;
   std::optional<double> offset;
+  std::string source;               // the raster described, as messages name it
+  std::vector<std::string> losses;  // what was not carried over from it
 
-  /// Pixels become so many times larger; the image keeps its corner.
+  /// Pixels become so many times larger; the image keeps its corner. The looks are noted.
   void enlarge_pixels(int across, int down);
 
-  /// Gives all of it to a raster open for writing; throws a Failure naming `path`.
+  /// Gives all of it to a GeoTIFF open for writing and warns of the losses; throws a Failure
+  /// naming `path`.
   void apply(GDALDataset& dataset, const std::string& path) const;
 };
+
+/// Whether a geotransform merely counts pixels, as one does that stands for none.
+bool is_placeholder(const std::array<double, 6>& geotransform);
 
 }  // namespace sarnum::tool
 
