@@ -25,6 +25,10 @@ const struct {
     {2, "multilook real.tif out.tif --square --spacing 1x1 --looks 4x4", "in all"},
     {2, "multilook real.tif out.tif --square --spacing 1x3 --looks 2", "at most 2 looks"},
     {2, "multilook real.tif out.tif --square --spacing 99x1", "at most 36 looks down"},
+    {2, "multilook counts.vrt out.tif --square", "merely counts pixels, so"},
+    {2, "multilook pole.vrt out.tif --square", "reaches to latitude 500, so"},
+    {2, "multilook round.vrt out.tif --square", "spans 500 degrees of longitude, so"},
+    {2, "multilook wide.vrt out.tif --square", "spans 50000 km, so"},
     {2, "multilook real.tif out.tif --looks 2x2 --spacing 1x1", "--square"},
     {2, "multilook real.tif out.tif --looks 2x2 --nodata maybe", "maybe"},
     {2, "multilook real.tif - --looks 2x2", "standard output takes none"},
@@ -55,12 +59,12 @@ const struct {
     {1, "spectrum --inverse sides.vrt out.tif", "powers of two"},
     {1, "spectrum --inverse complex.tif out.tif", "TD_COMPLEX_INT16"},
     {1, "detect complex.tif old.tif", "--overwrite"},
+    {1, "detect power.vrt old.tif --overwrite", "intensity already"},
+    {1, "detect power.vrt old.tif --overwrite --amplitude", "--force"},
     {1, "detect complex.tif no/out.tif", "No such file"},
     {1, "detect complex.tif /vsimem/out.tif", "on disk"},
     {2, "detect complex.tif ./complex.tif", "being read"},
     {1, "detect complex.tif placed.tif --overwrite", "'placed.tfw' exists"},
-    {1, "detect power.vrt old.tif --overwrite", "intensity already"},
-    {1, "detect power.vrt old.tif --overwrite --amplitude", "--force"},
     {2, "multilook outer.vrt real.tif --overwrite --looks 2x2", "being read"},
     {2, "multilook real.tif link.tif --overwrite --looks 2x2", "being read"},
     {1, "detect complex.tif out.tif --picture old.png", "old.png"},
@@ -91,6 +95,14 @@ TEST_F(ToolTest, ABadRunIsOneLineAndLeavesNoTrace) {
     add_array(group + "/c_image", "240, 180", "|u1");
   }
   add_array("complex.zarr/d_image", "60, 40", "<c8");
+  for (const auto& [name, xml] :
+       {std::pair{"power.vrt", "<Metadata><MDI key='SARNUM_QUANTITY'>intensity</MDI></Metadata>"},
+        {"counts.vrt", "<GeoTransform>0, 1, 0, 0, 0, 1</GeoTransform>"},
+        {"pole.vrt", "<SRS>EPSG:4326</SRS><GeoTransform>9, 1, 0, 0, 0, 10</GeoTransform>"},
+        {"round.vrt", "<SRS>EPSG:4326</SRS><GeoTransform>0, 10, 0, 9, 0, -1</GeoTransform>"},
+        {"wide.vrt", "<SRS>EPSG:3857</SRS><GeoTransform>0, 1e6, 0, 0, 0, 1</GeoTransform>"}}) {
+    make_virtual(name, 50, 50, "Float32", xml, "");
+  }
   put_bytes("truncated.tif", bytes("real.tif").substr(0, 5000));
   // Cut where a tile ends, so that no read comes up short.
   make("cut.tif", 64, 512, GDT_Float32, ramp, "TILED=YES");

@@ -107,8 +107,10 @@ TEST_F(ToolTest, MultilookChoosesSquareLooks) {
   placed("map.vrt", "<GeoTransform>0, 6, 8, 0, -24, 18</GeoTransform>");
   placed("degrees.vrt",
          "<SRS>EPSG:4326</SRS><GeoTransform>3, .001, 0, 60.03, 0, -.001</GeoTransform>");
-  placed("radar.vrt",
-         "<Metadata><MDI key='PIXEL_SPACING'>5</MDI><MDI key='LINE_SPACING'>20</MDI></Metadata>");
+  const std::string noted =
+      "<Metadata><MDI key='PIXEL_SPACING'>5</MDI><MDI key='LINE_SPACING'>20</MDI></Metadata>";
+  placed("radar.vrt", noted);
+  placed("counts.vrt", "<SRS>EPSG:4326</SRS><GeoTransform>0,1,0,0,0,-1</GeoTransform>" + noted);
   const std::string spacing = "plain.vrt --spacing 2.3x14.1 ";
   for (const auto& [arguments, printed] :
        {std::pair{spacing, "6x1, pixels of 13.8 x 14.1"},
@@ -117,9 +119,14 @@ TEST_F(ToolTest, MultilookChoosesSquareLooks) {
         {"plain.vrt --spacing 14x4", "2x7, pixels of 28 x 28"},
         {"map.vrt", "4x5, pixels of 98.95 x 98.49"},
         {"degrees.vrt", "2x1, pixels of 111.2 x 111.2"},
-        {"radar.vrt", "4x1, pixels of 20 x 20"}}) {
+        {"radar.vrt", "4x1, pixels of 20 x 20"},
+        {"counts.vrt --incidence 30", "2x1, pixels of 20 x 20"},
+        {"plain.vrt --spacing 100x1 --looks 2", "1x2, pixels of 100 x 2"}}) {
     const ToolRun finished = run("multilook --overwrite --square " + arguments + " out.tif");
     EXPECT_EQ(finished.out, std::string("looks ") + printed + " on the ground\n") << arguments;
+    EXPECT_EQ(finished.err.find("looks 1x2, pixels of 100 x 2 on the ground, are far from square: "
+                                "one side is 50 times the other") == std::string::npos,
+              arguments.find("100x1") == std::string::npos);
   }
 }
 

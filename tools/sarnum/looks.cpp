@@ -1,13 +1,17 @@
 #include "looks.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cmath>
+#include <limits>
 #include <numbers>
 #include <string_view>
+#include <utility>
 
 #include "description.h"
 #include "messages.h"
+#include "pixel_items.h"
 #include "report.h"
 
 namespace sarnum::tool {
@@ -53,41 +57,65 @@ Spacing parse_spacing(const std::string& text) {
   return spacing;
 }
 
-/// Pixel sides by the geotransform, those of a geographic one in metres at the image's middle.
-std::optional<Spacing> mapped_spacing(const RasterInput& input) {
-  const Description description(input);
-  if (!description.geotransform) {
-    return std::nullopt;
+/// Why a raster cannot lie on the Earth where its geographic geotransform puts it, or nothing.
+std::string why_not_on_earth(const RasterInput& input, const std::array<double, 6>& t,
+                             double degrees) {
+  constexpr std::array<std::array<int, 2>, 4> corners{{{0, 0}, {1, 0}, {0, 1}, {1, 1}}};
+  double west = std::numeric_limits<double>::infinity();
+  double east = -west;
+  // A grid of points that include a pole reaches half a pixel beyond it.
+  const double farthest = 90 + (std::abs(t[4]) + std::abs(t[5])) * degrees / 2 + 1e-6;
+  for (const auto& [right, below] : corners) {
+    const double x = right * static_cast<double>(input.width());
+    const double y = below * static_cast<double>(input.height());
+    const double latitude = (t[3] + t[4] * x + t[5] * y) * degrees;
+    if (!(std::abs(latitude) <= farthest)) {
+      return "reaches to latitude " + number(latitude);
+    }
+    west = std::min(west, (t[0] + t[1] * x + t[2] * y) * degrees);
+    east = std::max(east, (t[0] + t[1] * x + t[2] * y) * degrees);
   }
-  const auto& t = *description.geotransform;
-  double unit = 1;
-  double shrink = 1;
-  if (description.reference && description.reference->IsGeographic() != 0) {
-    constexpr double earth_radius = 6371008.8;
-    const double radians = description.reference->GetAngularUnits();
-    const double latitude = t[3] + t[4] * input.width() / 2 + t[5] * input.height() / 2;
-    unit = radians * earth_radius;
-    shrink = std::cos(latitude * radians);
-  }
-  return Spacing{unit * std::hypot(t[1] * shrink, t[4]), unit * std::hypot(t[2] * shrink, t[5])};
+  const double widest = 360 + (std::abs(t[1]) + std::abs(t[2])) * degrees + 1e-6;
+  return east - west <= widest ? "" : "spans " + number(east - west) + " degrees of longitude";
 }
 
-/// Spacing as the drivers of radar products note it.
-std::optional<Spacing> noted_spacing(const RasterInput& input) {
-  constexpr const char* items[][2] = {
-      {"PIXEL_SPACING", "LINE_SPACING"},
-      {"RANGE_SPACING", "AZIMUTH_SPACING"},
-      {"CEOS_PIXEL_SPACING_METERS", "CEOS_LINE_SPACING_METERS"},
-      {"SPH_RANGE_SPACING", "SPH_AZIMUTH_SPACING"},
-  };
-  for (const auto& [range, azimuth] : items) {
-    const char* const across = input.dataset().GetMetadataItem(range);
-    const char* const down = input.dataset().GetMetadataItem(azimuth);
-    if (across != nullptr && down != nullptr) {
-      return Spacing{CPLAtof(across), CPLAtof(down)};
+/// What a geotransform tells of the ground.
+struct Mapped {
+  std::optional<Spacing> spacing;
+  std::string fault;  ///< why it is not believed, or nothing
+};
+
+/// Pixel sides by the geotransform, those of a geographic one in metres at the image's middle.
+Mapped mapped_spacing(const RasterInput& input) {
+  std::array<double, 6> t{};
+  if (input.dataset().GetGeoTransform(t.data()) != CE_None) {
+    return {};
+  }
+  if (is_placeholder(t)) {
+    return {std::nullopt, "merely counts pixels"};
+  }
+  Spacing sides{std::hypot(t[1], t[4]), std::hypot(t[2], t[5])};
+  const OGRSpatialReference* const reference = input.dataset().GetSpatialRef();
+  if (reference != nullptr && reference->IsGeographic() != 0) {
+    constexpr double earth_radius = 6371008.8;
+    const double radians = reference->GetAngularUnits();
+    if (std::string fault = why_not_on_earth(input, t, radians * 180 / std::numbers::pi);
+        !fault.empty()) {
+      return {std::nullopt, std::move(fault)};
+    }
+    const double latitude = t[3] + t[4] * input.width() / 2 + t[5] * input.height() / 2;
+    const double metres = radians * earth_radius;
+    const double shrink = std::cos(latitude * radians);
+    sides = {metres * std::hypot(t[1] * shrink, t[4]), metres * std::hypot(t[2] * shrink, t[5])};
+  } else if (reference != nullptr && reference->IsProjected() != 0) {
+    constexpr double farthest = 1.01 * 40075017;  // the Earth's girth, and some distortion
+    const double longest = std::max(sides.across * input.width(), sides.down * input.height()) *
+                           reference->GetLinearUnits();
+    if (!(longest <= farthest)) {
+      return {std::nullopt, CPLString().Printf("spans %.6g km", longest / 1000)};
     }
   }
-  return std::nullopt;
+  return {sides, ""};
 }
 
 /// How far from a square a pixel is: 1 is one, 2 is twice as long as wide.
@@ -135,19 +163,22 @@ Spacing ground_spacing(const RasterInput& input, const std::string& told,
   Spacing spacing{};
   if (!told.empty()) {
     spacing = parse_spacing(told);
-  } else if (const auto mapped = mapped_spacing(input)) {
+  } else if (const Mapped mapped = mapped_spacing(input); mapped.spacing) {
     if (incidence) {
       throw UsageFailure(in_quotes(input.path()) +
                          " has a geotransform, which is on the ground: leave out --incidence, or "
                          "give --spacing too");
     }
-    spacing = *mapped;
-  } else if (const auto noted = noted_spacing(input)) {
-    spacing = *noted;
+    spacing = *mapped.spacing;
+  } else if (const auto noted = pixel_sides(input.dataset())) {
+    spacing = {(*noted)[0], (*noted)[1]};
     if (!incidence) {
       warn("the range spacing of " + in_quotes(input.path()) +
            " is taken as that on the ground; if it is slant range give --incidence");
     }
+  } else if (!mapped.fault.empty()) {
+    throw UsageFailure("the geotransform of " + in_quotes(input.path()) + " " + mapped.fault +
+                       ", so it does not tell the pixel spacing; give --spacing RANGExAZIMUTH");
   } else {
     throw UsageFailure(in_quotes(input.path()) +
                        " does not tell its pixel spacing; give --spacing RANGExAZIMUTH");
@@ -164,6 +195,7 @@ Spacing ground_spacing(const RasterInput& input, const std::string& told,
 
 Looks square_looks(Spacing spacing, std::optional<int> most) {
   constexpr double nearly_square = 1.05;
+  constexpr double far_from_square = 1.25;
   std::optional<Looks> chosen;
   for (int down = 1; down <= most_looks_down; ++down) {
     const auto looks = squarest(spacing, down);
@@ -183,6 +215,12 @@ Looks square_looks(Spacing spacing, std::optional<int> most) {
         "pixels of " + number(spacing.across) + " x " + number(spacing.down) + " give no square " +
         (most ? "of at most " + std::to_string(*most) + " looks; give more, or --looks ACROSSxDOWN"
               : std::string("of at most 36 looks down; give --looks ACROSSxDOWN")));
+  }
+  if (const double factor = elongation(spacing, *chosen); factor > far_from_square) {
+    warn(std::string("looks ") + chosen->text() +
+         CPLString().Printf(", pixels of %.4g x %.4g on the ground, are far from square: one side "
+                            "is %.3g times the other; give more --looks",
+                            spacing.across * chosen->across, spacing.down * chosen->down, factor));
   }
   return *chosen;
 }
