@@ -334,6 +334,13 @@ void check_size(const char* name, const Image<Pixel>& image, std::size_t width,
   }
 }
 
+/// The rows of an image that is only read.
+template <class Pixel>
+std::vector<const void*> source_rows(const Image<Pixel>& source) {
+  return Image<const Pixel>(source.data(), source.width(), source.height(), source.row_bytes())
+      .rows();
+}
+
 /// Every row, then every column, in the plans' precision. The source counts as 0 beyond its sides;
 /// the target is as large as the plans are long. Both may be the same image.
 template <class Pixel, class Real>
@@ -341,14 +348,40 @@ void transform_2d(const Plan<Real>& row_plan, const Plan<Real>& column_plan, Dir
                   Scaling scaling, const Image<Pixel>& source,
                   const Image<std::complex<Real>>& target, const Run& run = {}) {
   check_size("target", target, row_plan.size(), column_plan.size());
-  const auto source_rows =
-      Image<const Pixel>(source.data(), source.width(), source.height(), source.row_bytes()).rows();
-  const auto target_rows = target.rows();
+  const auto from = source_rows(source);
+  const auto to = target.rows();
   run_with(run, [&](const sarnum_options* options) {
-    return sarnum_transform_2d(
-        row_plan.get(), column_plan.get(), static_cast<sarnum_direction>(direction),
-        static_cast<sarnum_scaling>(scaling), type_of<Pixel>(), source_rows.data(), source.width(),
-        source.height(), target_rows.data(), options);
+    return sarnum_transform_2d(row_plan.get(), column_plan.get(),
+                               static_cast<sarnum_direction>(direction),
+                               static_cast<sarnum_scaling>(scaling), type_of<Pixel>(), from.data(),
+                               source.width(), source.height(), to.data(), options);
+  });
+}
+
+/// The values of the suite's applications, without plans. The target has the least powers of two
+/// not below the source's width and height as sides, and pixels of std::complex<double> for sources
+/// of double or std::complex<double>, of std::complex<float> for all others.
+template <class Pixel, class Real>
+void transform_raster(Direction direction, const Image<Pixel>& source,
+                      const Image<std::complex<Real>>& target, const Run& run = {}) {
+  constexpr bool is_double =
+      type_of<Pixel>() == SARNUM_FLOAT64 || type_of<Pixel>() == SARNUM_COMPLEX_FLOAT64;
+  static_assert(std::is_same_v<Real, std::conditional_t<is_double, double, float>>,
+                "the target's precision follows from the source's");
+  const auto padded = [](std::size_t side) {
+    std::size_t power = 1;
+    while (power < side && power <= SIZE_MAX / 2) {
+      power *= 2;
+    }
+    return power;
+  };
+  check_size("target", target, padded(source.width()), padded(source.height()));
+  const auto from = source_rows(source);
+  const auto to = target.rows();
+  run_with(run, [&](const sarnum_options* options) {
+    return sarnum_transform_raster(static_cast<sarnum_direction>(direction), type_of<Pixel>(),
+                                   from.data(), source.width(), source.height(), to.data(),
+                                   options);
   });
 }
 

@@ -144,6 +144,18 @@ TYPED_TEST(Pixels, AreTransformedAsTheirNumbers) {
                        Image(values.data(), width, height), Image(expected.data(), side, side));
   EXPECT_EQ(actual, expected);
   EXPECT_NE(actual[0], 0.0);
+
+  constexpr bool is_double =
+      std::is_same_v<TypeParam, double> || std::is_same_v<TypeParam, std::complex<double>>;
+  using Real = std::conditional_t<is_double, double, float>;
+  std::vector<std::complex<Real>> raster(side * side), of_values(side * side);
+  const std::vector<std::complex<Real>> rounded(values.begin(), values.end());
+  sarnum::transform_raster(Direction::forward, Image(pixels.data(), width, height),
+                           Image(raster.data(), side, side));
+  sarnum::transform_raster(Direction::forward, Image(rounded.data(), width, height),
+                           Image(of_values.data(), side, side));
+  EXPECT_EQ(raster, of_values);
+  EXPECT_NE(raster[0], Real{0});
 }
 
 }  // namespace
