@@ -1,8 +1,8 @@
 // Sums and products without rounding errors, and numbers of twice the digits of a double.
 //
 // Everything is a template on the type that carries it, so that the same source serves doubles and
-// vectors of them, and has internal linkage: a copy made of a level's instructions must never be
-// the one that the linker keeps for callers on lesser CPUs. Values hold as long as nothing
+// vectors of them. Functions have internal linkage: a copy made of a level's instructions must
+// never be the one that the linker keeps for callers on lesser CPUs. Values hold as long as nothing
 // overflows and no product comes near the subnormal numbers.
 #pragma once
 
@@ -13,7 +13,6 @@
 #endif
 
 namespace sarnum {
-namespace {
 
 /// The number hi + lo, where hi is the sum rounded.
 template <class Real>
@@ -22,6 +21,8 @@ struct DoubleDoubleOf {
   Real lo;
 };
 using DoubleDouble = DoubleDoubleOf<double>;
+
+namespace {
 
 /// a + b, exactly (Knuth).
 template <class Real>
