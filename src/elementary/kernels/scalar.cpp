@@ -6,8 +6,8 @@
 namespace sarnum {
 
 /// By the product of the roots for all bits behind those that the table of groups has.
-template <class Real>
-Twiddle<Real> twiddle_at(int m, size_t r) {
+template <class Angle>
+PointOf<double> point_at(int m, size_t r) {
   const size_t bits = r << (30 - m);
   Point rest = circle.group[0].point;
   for (int k = group_bits + 2; k <= 30; ++k) {
@@ -20,11 +20,19 @@ Twiddle<Real> twiddle_at(int m, size_t r) {
     group |= (bits >> (28 - b) & 1) << b;
   }
   const double turns = static_cast<double>(bits) * 0x1p-30;
-  const auto twiddle = turned_product(Real{}, circle.group[group].point, rest, turns);
-  return {static_cast<Real>(twiddle.c), static_cast<Real>(twiddle.s)};
+  return Angle::turned_product(circle.group[group].point, rest, turns);
 }
 
-template Twiddle<double> twiddle_at(int, size_t);
-template Twiddle<float> twiddle_at(int, size_t);
+template <>
+Twiddle<double> twiddle_at(int m, size_t r) {
+  const Point point = point_at<DoubleAngle>(m, r);
+  return {point.c.hi + point.c.lo, point.s.hi + point.s.lo};
+}
+
+template <>
+Twiddle<float> twiddle_at(int m, size_t r) {
+  const Point point = point_at<FloatAngle>(m, r);
+  return {static_cast<float>(point.c.hi + point.c.lo), static_cast<float>(point.s.hi + point.s.lo)};
+}
 
 }  // namespace sarnum

@@ -48,10 +48,6 @@ constexpr size_t reverse(size_t x, int bits) {
   return static_cast<size_t>(r >> (64 - bits));
 }
 
-constexpr int log2_of(int power) {
-  return power == 1 ? 0 : 1 + log2_of(power / 2);
-}
-
 template <int... index>
 struct Indices {};
 template <int count, int... index>
