@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "elementary/turned_product.h"
+#include "forced_level.h"
 #include "instruction_set.h"
 
 namespace sarnum {
@@ -147,7 +148,8 @@ class EveryTwiddle : public testing::TestWithParam<std::size_t> {
   const TwiddleLevel* level = nullptr;
 };
 
-INSTANTIATE_TEST_SUITE_P(Levels, EveryTwiddle, testing::Range<std::size_t>(0, 4));
+INSTANTIATE_TEST_SUITE_P(Levels, EveryTwiddle, testing::Range<std::size_t>(0, 4),
+                         [](const auto& of) { return ForcedLevel::names[of.param]; });
 
 TEST_P(EveryTwiddle, IsTheNearestToTheExactOne) {
   for (int m = 1; m <= 16; ++m) {
