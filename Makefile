@@ -6,8 +6,8 @@ DEMO_DIR = demo
 
 BUILD_PACKAGES = g++ cmake ninja-build libgdal-dev libcli11-dev nlohmann-json3-dev
 PYTHON_PACKAGES = pybind11-dev python3-dev python3-numpy
-TEST_PACKAGES = $(BUILD_PACKAGES) $(PYTHON_PACKAGES) clang libgtest-dev libgmock-dev pkgconf python3 \
-  abigail-tools doxygen doxygen-awesome-css python3-scipy python3-gdal python3-pytest \
+TEST_PACKAGES = $(BUILD_PACKAGES) $(PYTHON_PACKAGES) clang libgtest-dev libgmock-dev libmpfr-dev pkgconf \
+  python3 abigail-tools doxygen doxygen-awesome-css python3-scipy python3-gdal python3-pytest \
   python3-hypothesis python3-dask python3-distributed python3-matplotlib
 LONG_TEST_PACKAGES = $(TEST_PACKAGES) libclang-rt-dev
 COVERAGE_PACKAGES = $(TEST_PACKAGES) gcovr

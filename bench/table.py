@@ -9,8 +9,9 @@ import math
 import sys
 
 LAYOUTS = {"double split": 0.75, "float split": 0.75, "float interleaved": 1.1}
-MEANS = {f"{transform} {layout}": target
+MEANS = {f"{transform} {layout}": ("FFTW", target)
          for transform in ("fft_Fast", "ifft_Fast") for layout, target in LAYOUTS.items()}
+MEANS |= {"fft double": ("libm+table", 0.7), "member fft double": ("libm+table", 0.7)}
 GROWTHS = [(f"fft_Fast {layout} 2^24 : 2^10", f"fft_Fast planned {layout}/24",
             f"fft_Fast {layout}/10") for layout in LAYOUTS] + [
     ("FFT_2D int16 8192 : 1024", "FFT_2D int16/8192x8192", "FFT_2D int16/1024x1024")]
@@ -23,11 +24,11 @@ def derived(rows):
     ratios = {}
     for row in rows:
         ratios.setdefault(row["work"], row["ratio"])
-    for name, target in MEANS.items():
+    for name, (peer, target) in MEANS.items():
         of_lengths = [ratios[work] for m in range(6, 21) if (work := f"{name}/{m}") in ratios]
         if of_lengths:
             mean = math.exp(sum(map(math.log, of_lengths)) / len(of_lengths))
-            yield {"work": f"{name}, mean of 6 … 20", "peer": "FFTW", "ratio": mean, "target": target}
+            yield {"work": f"{name}, mean of 6 … 20", "peer": peer, "ratio": mean, "target": target}
     for name, long, short in GROWTHS:
         if long in ratios and short in ratios:
             yield {"work": f"growth {name}", "peer": "FFTW", "ratio": ratios[long] / ratios[short],

@@ -10,7 +10,7 @@ namespace {
 template <class Real, class Line>
 void transform(Line line, Real* re, Real* im, int m) {
   if (sarnum::is_transform_exponent(m)) {
-    line(re, im, sarnum::line_twiddles(m));
+    line(re, im, sarnum::Twiddles<double>(m));
   }
 }
 

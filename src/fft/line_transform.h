@@ -22,14 +22,6 @@ void alternate_signs(Real* re, Real* im, std::size_t n) {
   }
 }
 
-/// Twiddles of the members of CFFTClass. The constant is 2π rounded to double, in digits: the
-/// members do not depend on the π that is set at load.
-constexpr double line_two_pi = 6.283185307179586;
-
-inline Twiddles<double> line_twiddles(int m) {
-  return {line_two_pi, m};
-}
-
 template <Direction of>
 struct PlainLine {
   static constexpr bool is_inverse = of == Direction::inverse;

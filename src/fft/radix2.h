@@ -132,6 +132,11 @@ void for_each_exchange(int m, const Visit& visit) {
   }
 }
 
+/// Their number: all indices but the 2^ceil(m/2) that are their own reversals, in pairs.
+constexpr int exchange_count(int m) {
+  return ((1 << m) - (1 << (m + 1) / 2)) / 2;
+}
+
 /// Brings the results of the stages into natural order.
 template <class Samples>
 void permute_bit_reversed(Samples x, int m) {

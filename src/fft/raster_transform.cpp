@@ -237,9 +237,8 @@ Outcome transform(Line line, const RasterRows& rows, const PaddedSize& size, con
 template <class Real, class Line>
 Outcome transform(Line line, const RasterRows& rows, const PaddedSize& size, const Run& run) {
   return transform<Real>(line, rows, size, run, [&](const auto& work) {
-    const int m = size.row_exponent;
-    const Twiddles<double> of_rows(line_two_pi, {m, lane_exponent<double>(level_in_use(), m)});
-    const Twiddles<double> of_columns(line_two_pi, {size.column_exponent, 0});
+    const Twiddles<double> of_rows(size.row_exponent);
+    const Twiddles<double> of_columns(LaneOrder{size.column_exponent, 0});
     return work(of_rows, of_columns);
   });
 }

@@ -2,7 +2,6 @@
 #include "sarnum/fft/reference.h"
 
 #include "fft/transform.h"
-#include "numeric/pi.h"
 
 namespace {
 
@@ -14,7 +13,7 @@ void transform(double* re, double* im, int m) {
   if (!sarnum::is_transform_exponent(m)) {
     return;
   }
-  const sarnum::Twiddles<double> twiddles(sarnum::pi * 2.0, m);
+  const sarnum::Twiddles<double> twiddles(m);
   sarnum::transform<Arithmetic, direction>(sarnum::SplitSamples<double>{re, im}, m, twiddles);
 }
 

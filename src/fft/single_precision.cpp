@@ -2,7 +2,6 @@
 #include "sarnum/fft/single_precision.h"
 
 #include "fft/transform.h"
-#include "numeric/pi.h"
 
 namespace {
 
@@ -16,7 +15,7 @@ void transform(Samples x, int m) {
     return;
   }
   const float scale = direction == Direction::inverse ? sarnum::inverse_length<float>(m) : 1;
-  const sarnum::Twiddles<float> twiddles(static_cast<float>(sarnum::pi) * 2.0F, m);
+  const sarnum::Twiddles<float> twiddles(m);
   sarnum::transform<sarnum::Arithmetic<float, float>, direction>(x, m, twiddles, scale);
 }
 

@@ -9,7 +9,7 @@ void CFFTClass::SyntAlmaz(float* refRe, float* refIm, float* re, float* im, int 
   if (!sarnum::is_transform_exponent(m)) {
     return;
   }
-  const auto twiddles = sarnum::line_twiddles(m);
+  const sarnum::Twiddles<double> twiddles(m);
   sarnum::ForwardLine{}(re, im, twiddles);
   const int count = std::min(n, 1 << m);
   for (int k = 0; k < count; ++k) {

@@ -55,9 +55,8 @@ class TableArray {
 template <class Real>
 class KernelTable {
  public:
-  /// Derives the table for length 2^m from cosines and sines in the order of the angles.
-  void fill(const Level& level, int m, const TableArray<double>& cosine,
-            const TableArray<double>& sine);
+  /// Makes the table for length 2^m.
+  void fill(const Level& level, int m);
   void release() {
     entries_.release();
     v_ = 0;

@@ -6,12 +6,12 @@
 // derived last: they are no part of a call's success.
 #include "sarnum/fft/tables.h"
 
+#include <algorithm>
 #include <type_traits>
 
 #include "fft/bit_reversal.h"
 #include "fft/radix2.h"
 #include "fft/table_state.h"
-#include "numeric/pi.h"
 
 namespace sarnum {
 
@@ -29,8 +29,7 @@ void TableState::release() {
 }
 
 template <class Real>
-void KernelTable<Real>::fill(const Level& level, int m, const TableArray<double>& cosine,
-                             const TableArray<double>& sine) {
+void KernelTable<Real>::fill(const Level& level, int m) {
   const std::size_t n = std::size_t{1} << m;
   const LaneOrder order{m, lane_exponent<Real>(level, m)};
   v_ = 0;
@@ -38,7 +37,7 @@ void KernelTable<Real>::fill(const Level& level, int m, const TableArray<double>
     return;
   }
   Real* const table = &entries_[0];
-  order.fill(table, [&](std::size_t angle) { return Twiddle<double>{cosine[angle], sine[angle]}; });
+  order.fill_from_doubles(table);
   for (std::size_t group = 0; group < order.vectors(); ++group) {
     table[n + 2 * group] = table[order.cosine_of(group)];
     table[n + 2 * group + 1] = table[order.cosine_of(group) + order.lanes()];
@@ -51,6 +50,27 @@ void KernelTable<Real>::fill(const Level& level, int m, const TableArray<double>
 namespace {
 
 constexpr std::size_t slack = 16;
+
+/// The reversals of 0 … 2^m over m bits: each power of two doubles what stands there.
+void fill_bit_reversals(int* reversal, int m) {
+  reversal[0] = 0;
+  for (int b = 0; b < m; ++b) {
+    const int top = 1 << (m - 1 - b);
+    std::transform(reversal, reversal + (1 << b), reversal + (1 << b),
+                   [top](int low) { return low + top; });
+  }
+  reversal[std::size_t{1} << m] = 0;
+}
+
+/// The pairs of an index and its reversal, if that is greater. Each index is written, and the next
+/// one takes its place where it was not to be kept: the slack has room for the last.
+void fill_swap_pairs(int* pairs, const int* reversal, std::size_t n) {
+  for (std::size_t i = 0; i < n; ++i) {
+    pairs[0] = static_cast<int>(i);
+    pairs[1] = reversal[i];
+    pairs += reversal[i] > static_cast<int>(i) ? 2 : 0;
+  }
+}
 
 }  // namespace
 
@@ -79,28 +99,16 @@ int init_ibitr(int m) {
     return 3;
   }
 
-  for (std::size_t i = 0; i <= n; ++i) {
-    tables.bit_reversal[i] = sarnum::reverse_low_bits(static_cast<int>(i), m);
-  }
-  for (std::size_t i = 0; i < n / 2; ++i) {
-    const auto twiddle =
-        sarnum::twiddle_at(sarnum::pi * 2.0, static_cast<int>(i), static_cast<int>(n));
-    tables.cosine[i] = twiddle.c;
-    tables.sine[i] = twiddle.s;
-  }
-  tables.swap_count = 0;
-  sarnum::for_each_exchange(m, [&](int, int) { ++tables.swap_count; });
+  fill_bit_reversals(&tables.bit_reversal[0], m);
+  sarnum::twiddle_level_in_use().in_order(&tables.cosine[0], &tables.sine[0], m);
+  tables.swap_count = sarnum::exchange_count(m);
   if (!tables.swap_pairs.reserve(2 * static_cast<std::size_t>(tables.swap_count) + slack)) {
     return 4;
   }
-  std::size_t end = 0;
-  sarnum::for_each_exchange(m, [&](int i, int j) {
-    tables.swap_pairs[end++] = i;
-    tables.swap_pairs[end++] = j;
-  });
+  fill_swap_pairs(&tables.swap_pairs[0], &tables.bit_reversal[0], n);
   const sarnum::Level& level = sarnum::level_in_use();
-  tables.double_kernels.fill(level, m, tables.cosine, tables.sine);
-  tables.float_kernels.fill(level, m, tables.cosine, tables.sine);
+  tables.double_kernels.fill(level, m);
+  tables.float_kernels.fill(level, m);
   tables.ready_exponent = m;
   return 0;
 }

@@ -5,33 +5,18 @@
 // therefore serve all stages, and each stage uses the first ones of them in group order.
 #pragma once
 
-#include <cmath>
 #include <cstddef>
 #include <memory>
 #include <new>
 #include <optional>
 
+#include "elementary/twiddles.h"
 #include "fft/bit_reversal.h"
 #include "fft/kernels/level.h"
 
 namespace sarnum {
 
 enum class Direction { forward, inverse };
-
-/// e^(−ix) of a forward transform is c − i·s.
-template <class Real>
-struct Twiddle {
-  Real c;
-  Real s;
-};
-
-/// Cosine and sine of the angle 2π·r/N, in Real throughout and in this order of operations:
-/// the values of all transforms rest on it.
-template <class Real>
-Twiddle<Real> twiddle_at(Real two_pi, int r, int n) {
-  const Real x = two_pi * static_cast<Real>(r) / static_cast<Real>(n);
-  return {std::cos(x), std::sin(x)};
-}
 
 /// Where the kernels want the twiddles of length 2^m when a vector has 2^v lanes. A vector holds
 /// adjacent angles, cosines before sines, and vectors stand in the bit-reversed order of their
@@ -45,11 +30,6 @@ struct LaneOrder {
   std::size_t lanes() const { return std::size_t{1} << v; }
   std::size_t vectors() const { return ((std::size_t{1} << m) / 2) >> v; }
 
-  /// The vector that holds the i-th lanes() angles.
-  std::size_t vector_of(std::size_t i) const {
-    return static_cast<std::size_t>(reverse_low_bits(static_cast<int>(i), m - 1 - v));
-  }
-
   /// Where the cosine of a group stands; its sine stands lanes() further on.
   std::size_t cosine_of(std::size_t group) const {
     const std::size_t vector = group & (vectors() - 1);
@@ -57,20 +37,13 @@ struct LaneOrder {
     return 2 * lanes() * vector + static_cast<std::size_t>(lane);
   }
 
-  /// @param table      2·lanes()·vectors() entries to fill.
-  /// @param twiddle_at the twiddle of an angle, by index.
-  template <class Real, class TwiddleAt>
-  void fill(Real* table, const TwiddleAt& twiddle_at) const {
-    // By ascending angles: sines and cosines branch by their size, which a CPU then foresees.
-    for (std::size_t i = 0; i < vectors(); ++i) {
-      Real* const vector = table + 2 * lanes() * vector_of(i);
-      for (std::size_t lane = 0; lane < lanes(); ++lane) {
-        const auto twiddle = twiddle_at(i * lanes() + lane);
-        vector[lane] = static_cast<Real>(twiddle.c);
-        vector[lanes() + lane] = static_cast<Real>(twiddle.s);
-      }
-    }
-  }
+  /// Computes the twiddles into a table of 2·lanes()·vectors() entries.
+  void fill(double* table) const { twiddle_level_in_use().double_lanes(table, m, v); }
+  void fill(float* table) const { twiddle_level_in_use().float_lanes(table, m, v); }
+
+  /// The twiddles in double, rounded to Real.
+  void fill_from_doubles(double* table) const { fill(table); }
+  void fill_from_doubles(float* table) const { twiddle_level_in_use().rounded_lanes(table, m, v); }
 };
 
 /// The twiddles of length 2^m, each computed once, in the order for the level in use. When there is
@@ -79,14 +52,13 @@ template <class Real>
 class Twiddles {
  public:
   /// For a line of 2^m elements, m in 0 … 30.
-  Twiddles(Real two_pi, int m)
-      : Twiddles(two_pi, LaneOrder{m, lane_exponent<Real>(level_in_use(), m)}) {}
+  explicit Twiddles(int m) : Twiddles(LaneOrder{m, lane_exponent<Real>(level_in_use(), m)}) {}
 
   /// In a given order.
-  Twiddles(Real two_pi, LaneOrder order) : two_pi_(two_pi), level_(level_in_use()), order_(order) {
+  explicit Twiddles(LaneOrder order) : level_(level_in_use()), order_(order) {
     table_.reset(new (std::nothrow) Real[2 * order_.lanes() * order_.vectors()]);
     if (table_ != nullptr) {
-      order_.fill(table_.get(), [this](std::size_t angle) { return compute(angle); });
+      order_.fill(table_.get());
     }
   }
 
@@ -95,8 +67,8 @@ class Twiddles {
   /// The forward twiddle of a group.
   Twiddle<Real> operator()(std::size_t group) const {
     if (table_ == nullptr) {
-      return compute(
-          static_cast<std::size_t>(reverse_low_bits(static_cast<int>(group), order_.m - 1)));
+      const int angle = reverse_low_bits(static_cast<int>(group), order_.m - 1);
+      return twiddle_at<Real>(order_.m, static_cast<std::size_t>(angle));
     }
     const Real* const cosine = table_.get() + order_.cosine_of(group);
     return {cosine[0], cosine[order_.lanes()]};
@@ -126,11 +98,6 @@ class Twiddles {
     return {table_.get(), table_.get(), 2 * order_.lanes(), order_.lanes()};
   }
 
-  Twiddle<Real> compute(std::size_t angle) const {
-    return twiddle_at(two_pi_, static_cast<int>(angle), 1 << order_.m);
-  }
-
-  Real two_pi_;
   const Level& level_;
   LaneOrder order_;
   std::unique_ptr<Real[]> table_;

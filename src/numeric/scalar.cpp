@@ -8,7 +8,7 @@
 
 namespace {
 
-// In digits, as the header states the formulas; sarnum::pi is computed, for the twiddle factors.
+// In digits, as the header states the formulas.
 constexpr double pi = 3.141592653589793;
 constexpr double two_pi = 6.283185307179586;
 

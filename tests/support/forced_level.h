@@ -1,10 +1,11 @@
-// A level of instructions, forced on the transforms and on linear algebra for as long as an object
-// lives, with its kernels counted.
+// A level of instructions, forced on the transforms, their twiddles and linear algebra for as long
+// as an object lives, with the kernels of the first and the last counted.
 #pragma once
 
 #include <gtest/gtest.h>
 #include <sarnum/sarnum.h>
 
+#include "elementary/twiddles.h"
 #include "fft/kernels/level.h"
 #include "instruction_set.h"
 #include "linalg/kernels/update.h"
@@ -42,14 +43,17 @@ class ForcedLevel {
     lines = columns = updates = 0;
     sarnum::levels.force(&level_);
     sarnum::update_levels.force(&update_);
+    sarnum::twiddle_levels.force(sarnum::twiddle_levels.runnable()[number]);
     EXPECT_STREQ(sarnum::build_info().instruction_set, names[number]);
     EXPECT_STREQ(sarnum::update_level_in_use().name, names[number]);
+    EXPECT_STREQ(sarnum::twiddle_level_in_use().name, names[number]);
   }
   ForcedLevel(const ForcedLevel&) = delete;
   ForcedLevel& operator=(const ForcedLevel&) = delete;
   ~ForcedLevel() {
     sarnum::levels.force(nullptr);
     sarnum::update_levels.force(nullptr);
+    sarnum::twiddle_levels.force(nullptr);
   }
 
   /// Lines transformed, columns transformed in blocks, updates of rows.

@@ -9,8 +9,14 @@
 #include <utility>
 #include <vector>
 
-#if __LDBL_MANT_DIG__ == 53
-#include <quadmath.h>
+#if __LDBL_MANT_DIG__ == 113
+using Quad = long double;
+#else
+// Of libquadmath, whose header not every compiler finds.
+using Quad = __float128;
+extern "C" Quad cosq(Quad) noexcept;
+extern "C" Quad sinq(Quad) noexcept;
+extern "C" Quad acosq(Quad) noexcept;
 #endif
 
 namespace oracle {
@@ -23,20 +29,41 @@ inline int reversed(int x, int bits) {
   return r;
 }
 
+inline std::complex<Quad> at_angle_in_quad(Quad angle) {
+#if __LDBL_MANT_DIG__ == 113
+  return {std::cos(angle), std::sin(angle)};
+#else
+  return {cosq(angle), sinq(angle)};
+#endif
+}
+
+/// Cosines and sines of the angles 2π·r/n for r < n/2, the angles computed in `Angle` and what is
+/// asked for rounded to it from more digits. Kept for calls to come: they take long.
+template <class Angle>
+const std::vector<std::complex<Angle>>& twiddles(int m) {
+  static std::vector<std::complex<Angle>> kept[31];
+  auto& all = kept[m];
+  const Angle two_pi = static_cast<Angle>(std::acos(-1.0)) * Angle{2};
+  const int n = 1 << m;
+  for (int r = static_cast<int>(all.size()); r < n / 2; ++r) {
+    const auto exact = at_angle_in_quad(two_pi * static_cast<Angle>(r) / static_cast<Angle>(n));
+    all.emplace_back(static_cast<Angle>(exact.real()), static_cast<Angle>(exact.imag()));
+  }
+  return all;
+}
+
 /// Radix-2 transform of re, im (2^m elements), in place and unscaled. Angles, sines and cosines are
 /// computed in `Angle`, butterflies in `Computed`; each result is rounded to `Rounded` on its way
 /// into the arrays.
 template <class Angle, class Computed, class Rounded, class Stored>
 void radix2(Stored* re, Stored* im, int m, bool inverse) {
-  const Angle two_pi = static_cast<Angle>(std::acos(-1.0)) * Angle{2};
   const int n = 1 << m;
   const auto rounded = [](Computed v) { return static_cast<Stored>(static_cast<Rounded>(v)); };
   for (int half = n / 2; half > 0; half /= 2) {
     for (int j = 0; j < n; j += 2 * half) {
-      const int r = reversed(j / half, m);
-      const Angle x = two_pi * static_cast<Angle>(r) / static_cast<Angle>(n);
-      const auto c = static_cast<Computed>(std::cos(x));
-      const auto s = static_cast<Computed>(inverse ? -std::sin(x) : std::sin(x));
+      const auto w = twiddles<Angle>(m)[static_cast<std::size_t>(reversed(j / half, m))];
+      const auto c = static_cast<Computed>(w.real());
+      const auto s = static_cast<Computed>(inverse ? -w.imag() : w.imag());
       for (int i = 0; i < half; ++i) {
         const int a = j + i, b = a + half;
         const Computed t_re = Computed{re[b]} * c + Computed{im[b]} * s;
@@ -59,9 +86,9 @@ void radix2(Stored* re, Stored* im, int m, bool inverse) {
 
 /// What has more digits than a double. Of long double as short as that there are no functions.
 #if __LDBL_MANT_DIG__ == 53
-using Wide = __float128;
+using Wide = Quad;
 inline std::complex<Wide> at_angle(Wide angle) {
-  return {cosq(angle), sinq(angle)};
+  return at_angle_in_quad(angle);
 }
 inline const Wide pi = acosq(Wide{-1});
 #else

@@ -23,7 +23,8 @@
 SARNUM_API int ibitr(int x, int bits);
 
 /// Builds the tables for transforms of length N = 2^m: bit reversals of 0 … N, the
-/// cosines and sines of 2π·i/N for i below N/2, and the list of index pairs that the
+/// cosines and sines of 2π·i/N for i below N/2 (the nearest doubles to those of the angle
+/// rounded to double), and the list of index pairs that the
 /// final permutation of a transform exchanges.
 ///
 /// Arrays are allocated anew only for an m larger than any before it; a smaller m

@@ -17,10 +17,6 @@
 #include "fft/kernels/level.h"
 #include "kernel_vectors.h"
 
-#if defined(__AVX512F__) && !defined(__clang__)
-#include <immintrin.h>
-#endif
-
 #define SARNUM_TABLE_OF(level) SARNUM_CONCATENATED(level_, level)
 
 namespace sarnum {
@@ -50,10 +46,6 @@ constexpr size_t reverse(size_t x, int bits) {
   r = ((r >> 2) & 0x3333333333333333U) | ((r & 0x3333333333333333U) << 2);
   r = ((r >> 1) & 0x5555555555555555U) | ((r & 0x5555555555555555U) << 1);
   return static_cast<size_t>(r >> (64 - bits));
-}
-
-constexpr int log2_of(int power) {
-  return power == 1 ? 0 : 1 + log2_of(power / 2);
 }
 
 template <int... index>
@@ -115,24 +107,6 @@ SARNUM_INLINE void transpose(Row* rows, Part Row::*part) {
   });
 }
 
-template <class Vec>
-SARNUM_INLINE Vec read(const void* from) {
-  Vec value;
-  __builtin_memcpy(&value, from, sizeof value);
-  return value;
-}
-
-template <class To, class From>
-SARNUM_INLINE To convert(From value) {
-#if defined(__AVX512F__) && !defined(__clang__)
-  // g++ 12 widens this one half by half.
-  if constexpr (sizeof(From) == 32 && sizeof(To) == 64) {
-    return reinterpret_cast<To>(_mm512_maskz_cvtps_pd(0xff, reinterpret_cast<__m256>(value)));
-  }
-#endif
-  return __builtin_convertvector(value, To);
-}
-
 // --- Arithmetic --------------------------------------------------------------------------------
 
 /// Elements of type Stored, computed on in Real; each butterfly result is rounded to Rounded.
@@ -148,9 +122,7 @@ struct Arithmetic {
   static constexpr int lanes = lane_count;
 
   static SARNUM_INLINE Held load(const void* from) { return read<Held>(from); }
-  static SARNUM_INLINE void store(void* to, Held value) {
-    __builtin_memcpy(to, &value, sizeof value);
-  }
+  static SARNUM_INLINE void store(void* to, Held value) { write(to, value); }
 
   static SARNUM_INLINE Wide widen(Held value) { return convert<Wide>(value); }
   static SARNUM_INLINE Held round(Wide value) {
