@@ -74,13 +74,14 @@ TEST_P(Digests, ChangeWithFlushedSubnormalNumbersOnlyWhereThereAreSome) {
   const ForcedLevel forced(GetParam());
   const std::vector<std::string> changed = differing_digests();
   flush_subnormal_numbers(false);
-  EXPECT_THAT(changed, AllOf(Each(Truly(is_of_subnormal_numbers)), SizeIs(6)));
+  EXPECT_THAT(changed, AllOf(Each(Truly(is_of_subnormal_numbers)),
+                             Contains(of_subnormal_numbers + std::string("fft(double)"))));
 }
 
 // Nothing is promised of values then, but that a call stays within its arrays and ends, and that it
 // leaves nothing behind for later ones.
 TEST(Rounding, OfTheCallerEndsWithIt) {
-  for (const int direction : {FE_DOWNWARD, FE_TOWARDZERO}) {
+  for (const int direction : {FE_UPWARD, FE_DOWNWARD, FE_TOWARDZERO}) {
     std::fesetround(direction);
     const std::vector<std::string> changed = differing_digests();
     std::fesetround(FE_TONEAREST);
