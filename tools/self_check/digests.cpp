@@ -1,5 +1,6 @@
 #include "digests.h"
 
+#include <sarnum/c.h>
 #include <sarnum/sarnum.h>
 
 #include <algorithm>
@@ -556,6 +557,73 @@ void digest_multilooking(Digester& d, const std::string& folder) {
   }
 }
 
+// --- The C interface
+
+struct Plan {
+  Plan(std::size_t n, sarnum_type precision) { sarnum_plan_create(n, precision, &plan); }
+  Plan(const Plan&) = delete;
+  Plan& operator=(const Plan&) = delete;
+  ~Plan() { sarnum_plan_destroy(plan); }
+  sarnum_plan* plan = nullptr;
+};
+
+constexpr sarnum_options two_threads = {sizeof(sarnum_options), 2, nullptr, nullptr};
+
+/// Calls `use` with a plan of each length, a direction and a scaling.
+template <class Use>
+void with_plans(Digester& d, sarnum_type precision, const Use& use) {
+  d.ignore_signs_of_zeros();
+  for (const int m : {0, 1, 2, 3, 5, 8, 10, 17}) {
+    const Plan p(std::size_t{1} << m, precision);
+    for (const sarnum_direction direction : {SARNUM_FORWARD, SARNUM_INVERSE}) {
+      for (const sarnum_scaling scaling : {SARNUM_UNSCALED, SARNUM_BY_LENGTH, SARNUM_BY_ROOT}) {
+        use(p.plan, direction, scaling);
+      }
+    }
+  }
+}
+
+template <class Real>
+void add_plans(Rows& rows, const std::string& type, sarnum_type precision) {
+  rows.push_back({"sarnum_transform(" + type + ")", [=](Digester& d) {
+                    with_plans(d, precision, [&](auto* plan, auto direction, auto scaling) {
+                      auto line = d.numbers<Real>(2 * sarnum_plan_length(plan));
+                      sarnum_transform(plan, direction, scaling, line.data(), nullptr);
+                      d.add(line);
+                    });
+                  }});
+  rows.push_back({"sarnum_transform_lines(" + type + ")", [=](Digester& d) {
+                    with_plans(d, precision, [&](auto* plan, auto direction, auto scaling) {
+                      constexpr std::size_t count = 3;
+                      auto re = d.numbers<Real>(count * sarnum_plan_length(plan)), im = re;
+                      sarnum_transform_lines(plan, direction, scaling, re.data(), im.data(), count,
+                                             count, 1, &two_threads);
+                      d.add(re);
+                      d.add(im);
+                    });
+                  }});
+  rows.push_back({"sarnum_compress_lines(" + type + ")", [=](Digester& d) {
+                    d.ignore_signs_of_zeros();
+                    const Plan p(1024, precision);
+                    auto reference = d.numbers<Real>(600), lines_of_two = d.numbers<Real>(4096);
+                    sarnum_compress_lines(p.plan, reference.data(), nullptr, 300,
+                                          lines_of_two.data(), nullptr, 2, 1, 1024, nullptr);
+                    d.add(lines_of_two);
+                  }});
+  rows.push_back({"sarnum_transform_2d(" + type + ")", [=](Digester& d) {
+                    d.ignore_signs_of_zeros();
+                    const Plan across(512, precision), down(256, precision);
+                    for (int pixel = SARNUM_UINT8; pixel <= SARNUM_COMPLEX_INT32; ++pixel) {
+                      auto image = pixels(d, pixel, 400 * 150);
+                      std::vector<Real> target(2 * 512 * 256);
+                      sarnum_transform_2d(across.plan, down.plan, SARNUM_FORWARD, SARNUM_BY_ROOT,
+                                          pixel, row_pointers(image, 150).data(), 400, 150,
+                                          row_pointers(target, 256).data(), &two_threads);
+                      d.add(target);
+                    }
+                  }});
+}
+
 // --- All of them
 
 /// A transform of an impulse consists of the factors in the tables.
@@ -597,6 +665,8 @@ Rows all_rows(const std::string& folder) {
   add_fits(rows);
   rows.push_back(
       {"NoncoherentAccumulationR", [=](Digester& d) { digest_multilooking(d, folder); }});
+  add_plans<float>(rows, "float", SARNUM_FLOAT32);
+  add_plans<double>(rows, "double", SARNUM_FLOAT64);
   add_subnormal_numbers(rows);
   return rows;
 }
