@@ -3,6 +3,7 @@
 
 #include <cmath>
 #include <limits>
+#include <span>
 
 #include "tool_run.h"
 
@@ -88,8 +89,9 @@ TEST_F(GapsTest, AreLeftOutByEveryCommand) {
     for (int i = 0; i < side * side; ++i) {
       gaps += is_gap(i % side, i / side) ? 1 : 0;
     }
-    for (const char* const form : {"inside", "beside", "dataset", "band", "alpha"}) {
-      SCOPED_TRACE(std::string(form) + " " + GDALGetDataTypeName(type));
+    const std::vector<std::string> forms = {"band", "inside", "beside", "dataset", "alpha"};
+    for (const std::string& form : std::span(forms).first(is_complex ? 1 : forms.size())) {
+      SCOPED_TRACE(form + " " + GDALGetDataTypeName(type));
       const std::string input = std::string("'").append(make_masked(form, type, stored)) + "' ";
       const CPLJSONObject stats = json("stats --json " + input);
       EXPECT_EQ(stats.GetInteger("invalid"), gaps);
