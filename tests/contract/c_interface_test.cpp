@@ -88,10 +88,11 @@ const Function lines{"sarnum_transform_lines", [](Arguments& a) {
                        return sarnum_transform_lines(a.plan, a.direction, a.scaling, a.re, a.im,
                                                      a.count, a.stride, a.distance, a.options);
                      }};
+/// Of an image with `count` columns and as many rows as a line has samples.
 const Function columns{"columns by sarnum_transform_lines", [](Arguments& a) {
-                         return sarnum_transform_lines(a.plan, a.direction, a.scaling, a.re, a.im,
-                                                       a.count, 2 * a.distance, a.stride,
-                                                       a.options);
+                         return sarnum_transform_lines(
+                             a.plan, a.direction, a.scaling, a.re, a.im, a.count,
+                             static_cast<std::ptrdiff_t>(a.count), a.stride, a.options);
                        }};
 const Function compression{"sarnum_compress_lines", [](Arguments& a) {
                              return sarnum_compress_lines(a.plan, a.reference_re, a.reference_im,
