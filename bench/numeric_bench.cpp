@@ -9,6 +9,9 @@
 // touches R + W bytes as well ("memcpy"). What is read twice counts twice. Long sums have no
 // target: they wait for additions and for memory. Where the machine writes faster than it reads,
 // work that only reads, as sums and scans, has the worse part of that.
+//
+// Functions of numbers stand beside the same formula with the C library's functions, which are not
+// always the nearest doubles.
 #include <sarnum/sarnum.h>
 
 #include <algorithm>
@@ -215,6 +218,72 @@ void add_element_wise(Arrays& data, std::vector<Piece>& pieces) {
       [=](int i) { return out[i] == a[i] / norm; }));
 }
 
+/// A function of i beside its formula with the C library's functions.
+template <class Ours, class Theirs>
+Piece function_piece(const std::string& name, Ours ours, Theirs theirs) {
+  auto our_results = std::make_shared<std::vector<double>>(few);
+  auto their_results = std::make_shared<std::vector<double>>(few);
+  const auto fill = [](std::vector<double>& results, auto function) {
+    for (int i = 0; i < few; ++i) {
+      results[static_cast<std::size_t>(i)] = function(i);
+    }
+  };
+  return {.name = name,
+          .ours = [=] { fill(*our_results, ours); },
+          .peer = {"C library", [=] { fill(*their_results, theirs); }, 2.0},
+          .difference =
+              [=] {
+                double largest = 0.0;
+                for (std::size_t i = 0; i < few; ++i) {
+                  const double right = (*their_results)[i];
+                  largest = std::max(largest, std::abs((*our_results)[i] - right) /
+                                                  std::max(1.0, std::abs(right)));
+                }
+                return largest;
+              },
+          .tolerance = 1e-15};
+}
+
+void add_functions(Arrays& data, std::vector<Piece>& pieces) {
+  constexpr double two_pi = 6.283185307179586;
+  double *const a = data.a, *const b = data.b;
+  const auto phase = [](int i) { return i * two_pi / few; };
+  const auto positive = [=](int i) { return 1.0 + std::abs(a[i]) * 1000.0; };
+  pieces.push_back(function_piece(
+      "Hanning", [](int i) { return Hanning(i, few); },
+      [=](int i) { return 1.0 - std::cos(phase(i)); }));
+  pieces.push_back(function_piece(
+      "Hamming", [](int i) { return Hamming(0.54, i, few); },
+      [=](int i) { return std::cos(phase(i)) * (1.0 - 0.54) + 0.54; }));
+  pieces.push_back(function_piece(
+      "Power", [=](int i) { return Power(positive(i), b[i]); },
+      [=](int i) { return std::exp(b[i] * std::log(positive(i))); }));
+  pieces.push_back(function_piece(
+      "AcTan", [=](int i) { return AcTan(a[i], b[i]); },
+      [=](int i) {
+        const double angle = std::atan2(a[i], b[i]);
+        return angle < 0.0 ? angle + two_pi : angle;
+      }));
+  pieces.push_back(function_piece(
+      "Power_of_two", [=](int i) { return Power_of_two(positive(i)); },
+      [=](int i) {
+        double x = positive(i);
+        double count = 0.0;
+        for (; x > 2.0; ++count) {
+          x *= 0.5;
+        }
+        return std::log(x) / std::log(2.0) + count;
+      }));
+  pieces.push_back(function_piece(
+      "Angle", [=](int i) { return Angle(a + i, b + i, 3); },
+      [=](int i) {
+        const auto product = [i](const double* x, const double* y) {
+          return sum_of(3, [=](int j) { return x[i + j] * y[i + j]; });
+        };
+        return std::acos(product(a, b) / (std::sqrt(product(a, a)) * std::sqrt(product(b, b))));
+      }));
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -228,5 +297,6 @@ int main(int argc, char** argv) {
   add_conversions<float>(data, "complex float32", TD_COMPLEX_FLOAT32, 2, pieces);
   add_scans(data, pieces);
   add_element_wise(data, pieces);
+  add_functions(data, pieces);
   return run_side_by_side(pieces, argc, argv);
 }

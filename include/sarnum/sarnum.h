@@ -12,9 +12,9 @@
 ///   different data may run at the same time;
 /// - does not check its arguments: each declaration says what bad input gives;
 /// - never prints, throws or ends the process;
-/// - computes in the stated order on every CPU, and fuses no operation with another. Twiddle
-///   factors are the nearest to the exact ones; windows, noise and powers rest on functions of the C
-///   library, whose last bit can differ between CPUs.
+/// - computes in the stated order on every CPU, and fuses no operation with another. Sines,
+///   logarithms and the like, and twiddle factors, are the nearest to the exact ones, the same on
+///   every system. Only Noise_normal() depends on the C library, by rand().
 #ifndef SARNUM_SARNUM_H
 #define SARNUM_SARNUM_H
 

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "elementary/functions.h"
 #include "linalg/elimination.h"
 #include "linalg/work_storage.h"
 #include "sarnum/linalg/linear_systems.h"
@@ -23,8 +24,8 @@ int LnAbsDeterminant(double* result, int n, long double* a) {
     if (!(magnitude > 0.0)) {
       return 0;
     }
-    sum += std::log(magnitude);
+    sum += sarnum::logarithm(magnitude);
   }
-  *result = sum / std::log(2.71828);
+  *result = sum / sarnum::logarithm(2.71828);
   return 1;
 }

@@ -2,14 +2,14 @@
 //
 // An element of the normal equations depends on the sums of its terms' exponents alone, so that all
 // of them are copies of (2P + 1)(P + 1) sums over the samples, each with the value that the element
-// itself would have. The library's pow is asked once for each exponent and sample.
+// itself would have. Powers are computed once for each exponent and sample.
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <cstdint>
 #include <limits>
 #include <new>
 
+#include "elementary/functions.h"
 #include "linalg/elimination.h"
 #include "linalg/work_storage.h"
 #include "sarnum/linalg/interpolation.h"
@@ -28,9 +28,11 @@ std::size_t index(double exponent) {
 }
 
 void tabulate_powers(double base, double* powers, std::size_t largest) {
-  for (std::size_t e = 0; e <= largest; ++e) {
-    powers[e] = std::pow(base, static_cast<double>(e));
-  }
+  sarnum::integer_powers(base, powers, static_cast<unsigned>(largest));
+}
+
+double power(double base, double exponent) {
+  return sarnum::integer_power(base, static_cast<unsigned>(exponent));
 }
 
 }  // namespace
@@ -148,7 +150,7 @@ double CLagrangeInterpolation2D::GetInterpolatedValue(double x, double y) {
     }
   } else {
     for (std::size_t k = 0; k < terms; ++k) {
-      value += coefficients[k] * std::pow(y, secondExponents[k]) * std::pow(x, firstExponents[k]);
+      value += coefficients[k] * power(y, secondExponents[k]) * power(x, firstExponents[k]);
     }
   }
   return value;

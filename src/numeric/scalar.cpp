@@ -5,6 +5,9 @@
 #include <cmath>
 #include <cstdint>
 #include <limits>
+#include <numbers>
+
+#include "elementary/functions.h"
 
 namespace {
 
@@ -50,7 +53,8 @@ double Cube(double x) {
 }
 
 double Power(double x, double y) {
-  return x > 0.0 ? std::exp(y * std::log(x)) : std::numeric_limits<double>::quiet_NaN();
+  return x > 0.0 ? sarnum::exponential(y * sarnum::logarithm(x))
+                 : std::numeric_limits<double>::quiet_NaN();
 }
 
 double Radians(double deg) {
@@ -71,7 +75,7 @@ double Fmod2p(double a) {
 }
 
 double AcTan(double y, double x) {
-  const double angle = std::atan2(y, x);
+  const double angle = sarnum::arc_tangent(y, x);
   return angle < 0.0 ? angle + two_pi : angle;
 }
 
@@ -84,14 +88,14 @@ double Power_of_two(double x) {
     x *= 0.5;
     count += 1.0;
   }
-  return std::log(x) / std::log(2.0) + count;
+  return sarnum::logarithm(x) / std::numbers::ln2 + count;
 }
 
 double Add_to_Power_of_2(double x) {
   if (x <= 1.0) {
     return 2.0;
   }
-  const double exponent = std::log(x) / std::log(2.0);
+  const double exponent = sarnum::logarithm(x) / std::numbers::ln2;
   double whole = 0.0;
   if (std::modf(exponent, &whole) == 0.0) {
     return x;

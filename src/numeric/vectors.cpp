@@ -6,6 +6,7 @@
 
 #include <cmath>
 
+#include "elementary/functions.h"
 #include "numeric/ask_ahead.h"
 
 double Magnitude(double* v, int n) {
@@ -38,7 +39,7 @@ double Scalar_Multiply(double* a, double* b, int n) {
 }
 
 double Angle(double* a, double* b, int n) {
-  return std::acos(Scalar_Multiply(a, b, n) / (Magnitude(a, n) * Magnitude(b, n)));
+  return sarnum::arc_cosine(Scalar_Multiply(a, b, n) / (Magnitude(a, n) * Magnitude(b, n)));
 }
 
 void Cross(double* a, double* b, double* out) {

@@ -4,6 +4,8 @@
 
 #include <cmath>
 
+#include "elementary/functions.h"
+
 namespace {
 
 /// 2π·i/n.
@@ -14,11 +16,11 @@ double phase(int i, int n) {
 }  // namespace
 
 double Hanning(int i, int n) {
-  return 1.0 - std::cos(phase(i, n));
+  return 1.0 - sarnum::cosine(phase(i, n));
 }
 
 double Hamming(double alpha, int i, int n) {
-  return std::cos(phase(i, n)) * (1.0 - alpha) + alpha;
+  return sarnum::cosine(phase(i, n)) * (1.0 - alpha) + alpha;
 }
 
 double Kaiser(double beta, int i, int n) {

@@ -9,6 +9,8 @@
 #include <utility>
 #include <vector>
 
+#include "elementary/functions.h"
+
 namespace oracle {
 
 using Doubles = std::vector<double>;
@@ -72,9 +74,9 @@ inline int ln_abs_determinant(double& result, int n, Matrix<double>& a) {
   bool regular = eliminate(n, a, n, true);
   for (int i = 1; i <= n && regular; ++i) {
     regular = std::abs(a(i, i)) > 0.0;
-    s += std::log(std::abs(a(i, i)));
+    s += sarnum::logarithm(std::abs(a(i, i)));
   }
-  result = regular ? s / std::log(2.71828) : result;
+  result = regular ? s / sarnum::logarithm(2.71828) : result;
   return regular ? 1 : 0;
 }
 

@@ -8,10 +8,10 @@ grep -roE '#include ["<][^">]+[">]' src include/sarnum/*/ | sed -E '
   t
   d' | sort -u | awk '
   BEGIN {
-    n = split("c:fft c:numeric c:linalg c:filters c:imaging c:host filters:fft filters:numeric fft:numeric fft:host imaging:numeric imaging:host", list)
+    n = split("c:fft c:numeric c:linalg c:filters c:imaging c:host filters:fft filters:numeric fft:numeric fft:elementary fft:host imaging:numeric imaging:host linalg:elementary numeric:elementary", list)
     for (i = 1; i <= n; i++) allowed[list[i]] = 1
   }
-  $1 != $2 && $2 ~ /^(fft|numeric|linalg|filters|imaging|host)$/ {
+  $1 != $2 && $2 ~ /^(elementary|fft|numeric|linalg|filters|imaging|host)$/ {
     good = ($1 ":" $2) in allowed
     print $1 " -> " $2 (good ? "" : "   not allowed")
     wrong += !good

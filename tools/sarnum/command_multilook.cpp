@@ -16,6 +16,7 @@
 
 #include "commands.h"
 #include "description.h"
+#include "elementary/functions.h"
 #include "geotiff.h"
 #include "look_means.h"
 #include "looks.h"
@@ -168,7 +169,7 @@ void write_means(const RasterInput& input, LookMeans means, const OutputFile& ou
       }
       const double power = mean * scale + offset;
       without_logarithm += power <= 0 ? 1 : 0;
-      return power > 0 ? static_cast<float>(10 * std::log10(power)) : no_value;
+      return power > 0 ? static_cast<float>(10 * decimal_logarithm(power)) : no_value;
     });
     write_rows(*dataset, output, y, 1, GDT_Float32, row.data());
     progress.update((y + 1.0) / means.height());

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "elementary/functions.h"
 #include "row_pieces.h"
 
 namespace sarnum::tool {
@@ -63,7 +64,7 @@ double intensity(Quantity quantity, double re, double im) {
     case Quantity::amplitude:
       return re * re + im * im;
     case Quantity::decibel:
-      return std::pow(10.0, re / 10.0);
+      return power_of_ten(re / 10.0);
     case Quantity::intensity:
       break;
   }

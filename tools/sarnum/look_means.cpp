@@ -8,6 +8,8 @@
 #include <cmath>
 #include <cstddef>
 
+#include "elementary/functions.h"
+
 namespace sarnum::tool {
 namespace {
 
@@ -53,8 +55,7 @@ void LookMeans::add_row(int row) {
     for (const double sample :
          samples.subspan(mean * across, std::min(across, samples.size() - mean * across))) {
       if (!rule_.skips_gaps || !std::isnan(sample)) {
-        sums_[mean] +=
-            rule_.from_decibel ? std::pow(10.0, (sample * scale_ + offset_) / 10) : sample;
+        sums_[mean] += rule_.from_decibel ? power_of_ten((sample * scale_ + offset_) / 10) : sample;
         ++counts_[mean];
       }
     }

@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "description.h"
+#include "elementary/functions.h"
 #include "messages.h"
 #include "pixel_items.h"
 #include "report.h"
@@ -94,7 +95,8 @@ Mapped mapped_spacing(const RasterInput& input) {
   if (is_placeholder(t)) {
     return {std::nullopt, "merely counts pixels"};
   }
-  Spacing sides{std::hypot(t[1], t[4]), std::hypot(t[2], t[5])};
+  const auto length = [](double x, double y) { return std::sqrt(x * x + y * y); };
+  Spacing sides{length(t[1], t[4]), length(t[2], t[5])};
   const OGRSpatialReference* const reference = input.dataset().GetSpatialRef();
   if (reference != nullptr && reference->IsGeographic() != 0) {
     constexpr double earth_radius = 6371008.8;
@@ -105,8 +107,8 @@ Mapped mapped_spacing(const RasterInput& input) {
     }
     const double latitude = t[3] + t[4] * input.width() / 2 + t[5] * input.height() / 2;
     const double metres = radians * earth_radius;
-    const double shrink = std::cos(latitude * radians);
-    sides = {metres * std::hypot(t[1] * shrink, t[4]), metres * std::hypot(t[2] * shrink, t[5])};
+    const double shrink = cosine(latitude * radians);
+    sides = {metres * length(t[1] * shrink, t[4]), metres * length(t[2] * shrink, t[5])};
   } else if (reference != nullptr && reference->IsProjected() != 0) {
     constexpr double farthest = 1.01 * 40075017;  // the Earth's girth, and some distortion
     const double longest = std::max(sides.across * input.width(), sides.down * input.height()) *
@@ -188,7 +190,7 @@ Spacing ground_spacing(const RasterInput& input, const std::string& told,
                   " x " + number(spacing.down) + "; give --spacing RANGExAZIMUTH");
   }
   if (incidence) {
-    spacing.across /= std::sin(*incidence * std::numbers::pi / 180);
+    spacing.across /= sine(*incidence * std::numbers::pi / 180);
   }
   return spacing;
 }

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <limits>
 
+#include "elementary/functions.h"
 #include "gaps.h"
 #include "geotiff.h"
 #include "messages.h"
@@ -77,7 +78,7 @@ std::vector<std::uint8_t> Picture::grey_levels() const {
   std::vector<double> shown = means_;
   if (std::none_of(shown.begin(), shown.end(), [](double value) { return value < 0; })) {
     for (double& value : shown) {
-      value = value > 0 ? std::log10(value) : no_value;
+      value = value > 0 ? decimal_logarithm(value) : no_value;
     }
   }
   std::vector<double> values;

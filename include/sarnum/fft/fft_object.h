@@ -65,8 +65,7 @@ class SARNUM_API CFFTClass {
 
   /// The smallest m with 2^m ≥ n, as far as the rounding of ceil(log(n) / log(2)) in
   /// double precision allows: the exponent, not the power. The formula's value stands also
-  /// where the quotient rounds above an integer: for n = 2^29 it is 30 with a correctly
-  /// rounded logarithm.
+  /// where the quotient rounds above an integer: for n = 2^29 it is 30.
   /// @return −2147483648 for n ≤ 0.
   int CeilPowerOfTwo(int n);
 

@@ -13,8 +13,8 @@
 /// is made.
 ///
 /// The terms are, by total degree t = 0 … P and in it j = 0 … t, x^j·y^(t−j):
-/// 1, y, x, y², x·y, x², y³, … (mnk2() has **another order**). Powers are those of the C library's
-/// real-exponent pow(). The fit keeps sums of powers up to 2P: bring the coordinates to the range
+/// 1, y, x, y², x·y, x², y³, … (mnk2() has **another order**). Powers are the nearest doubles to
+/// the exact ones, and v^0 is 1, also of NaN. The fit keeps sums of powers up to 2P: bring the coordinates to the range
 /// −1 … 1 or so first.
 ///
 /// **Copying and assignment copy the fields as they are, pointers included.** Both objects then

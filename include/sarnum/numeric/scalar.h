@@ -1,5 +1,6 @@
 /// @file
-/// Functions of one or two doubles. All are pure: they may be called from any thread.
+/// Functions of one or two doubles. All are pure: they may be called from any thread. Logarithms,
+/// exponentials and arc tangents are the nearest doubles to the exact ones, on every system.
 ///
 /// Comparisons are IEEE comparisons, so that a NaN makes every "greater than" false; each
 /// function says what that gives.
@@ -76,9 +77,9 @@ SARNUM_API double Power_of_two(double x);
 /// - Sizes above 2^30 are out of reach: the shift gives −2147483648 for 2^30 < x < 2^31 and 0 for
 ///   2^31 < x < 2^32, and starts anew at 2 above that. (+infinity is returned as it is.)
 /// - The test is made on a rounded quotient, not on the bits of x: a power of two whose quotient
-///   is not exactly integral goes to the next one (2^29 gives 2^30 where the logarithm is
-///   correctly rounded), and a neighbour whose quotient rounds to an integer is returned as it is.
-///   CFFTClass::CeilPowerOfTwo goes by the same quotient.
+///   is not exactly integral goes to the next one (2^29 gives 2^30), and a neighbour
+///   whose quotient rounds to an integer is returned as it is. CFFTClass::CeilPowerOfTwo goes by
+///   the same quotient.
 /// @return 2 for NaN.
 SARNUM_API double Add_to_Power_of_2(double x);
 
