@@ -81,7 +81,7 @@ Reading known_reading(const RasterInput& input, Quantity quantity) {
 Reading guessed_reading(const RasterInput& input) {
   if (const std::string evidence = evidence_of_decibels(input); !evidence.empty()) {
     return {Quantity::decibel, equivalent_looks(input, Quantity::decibel),
-            "a guess: decibel, since " + evidence, true};
+            "a guess: decibel since " + evidence, true};
   }
   constexpr double fewest_looks = 0.8;
   constexpr int bits_of_a_short = 16;
