@@ -154,7 +154,7 @@ package:
 # As root: a whole system is set up for it, in a folder.
 test-package: package
 	@sh cmake/install_packages.sh debootstrap
-	sh tests/package/clean_root.sh build/package '$(CURDIR)/build/clean_root' README.md
+	sh tests/package/clean_root.sh build/package README.md
 
 install:
 	@sh cmake/install_packages.sh $(BUILD_PACKAGES)
