@@ -12,8 +12,8 @@
 /// creates one band of floats in the machine's byte order, under the first of these names.
 ///
 /// Paths are those of regular files and links to them (a host with GDAL opens all that GDAL opens).
-/// A link is followed: creating a raster writes the file that the link names, whose header, if it has
-/// one, lies beside that file.
+/// A link is followed: creating a raster writes the file that the link names, whose header, if it
+/// has one, lies beside that file.
 #ifndef SARNUM_HOST_FILE_LAYER_H
 #define SARNUM_HOST_FILE_LAYER_H
 
