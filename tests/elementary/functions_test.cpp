@@ -106,7 +106,7 @@ const Function functions[] = {
      [](double x) { return exact::sine(x, 0); },
      true,
      {0x1p-27, 3000.0},
-     {{5e-324, 1e308}, {1e-9, 1.0}, {0.5, 7.0}, {7.0, 3000.0}}},
+     {{5e-324, 1e308}, {1e-9, 1.0}, {1.5707, 1.5709}, {7.0, 3000.0}}},
     {"cosine",
      mpfr_cos,
      mpfr_acos,
