@@ -144,10 +144,12 @@ SARNUM_C_API sarnum_status sarnum_plan_create(size_t n, sarnum_type precision, s
 /// Releases a plan that no call uses any more. NULL is allowed and does nothing.
 SARNUM_C_API void sarnum_plan_destroy(sarnum_plan* plan);
 
-/// The length n and the precision that a plan was made for; 0 for NULL.
+/// The length n that a plan was made for; 0 for NULL.
 SARNUM_C_API size_t sarnum_plan_length(const sarnum_plan* plan);
+/// The precision that a plan was made for; 0 for NULL.
 SARNUM_C_API sarnum_type sarnum_plan_precision(const sarnum_plan* plan);
 
+/// Which way a transform goes.
 typedef int32_t sarnum_direction;
 enum {
   SARNUM_FORWARD = 1,  ///< X[k] = Σ x[j]·exp(−2πi·j·k/n)

@@ -42,7 +42,8 @@ def test_every_exported_name_stands_in_a_docstring():
     for line in (SOURCES / "tests/package/sarnum.symbols").read_text().splitlines():
         name = line.partition("(")[0]
         owner, _, member = name.rpartition("::")
-        if not re.search(r" for |~|operator", name) and owner != member:
+        # Functions in C, which have a version, are another interface to the same routines.
+        if not re.search(r" for |~|operator|@", name) and owner != member:
             exported.add(name)
     assert exported - named == NOT_BOUND
 
