@@ -54,8 +54,8 @@ struct Rows {
            most;
   }
   bool are_apart() const {
-    const auto magnitude = static_cast<std::size_t>(row_bytes < 0 ? -row_bytes : row_bytes);
-    return count == 1 || magnitude >= bytes;
+    const auto forward = static_cast<std::size_t>(row_bytes);
+    return count == 1 || (row_bytes < 0 ? 0 - forward : forward) >= bytes;
   }
   /// The same rows from the lowest one on.
   Rows ascending() const {
@@ -85,8 +85,9 @@ struct Rows {
   }
 };
 
+/// Of a single row the distance does not matter.
 Rows rows_at(const void* first, std::ptrdiff_t row_bytes, std::size_t count, std::size_t bytes) {
-  return {reinterpret_cast<std::uintptr_t>(first), row_bytes, count, bytes};
+  return {reinterpret_cast<std::uintptr_t>(first), count == 1 ? 0 : row_bytes, count, bytes};
 }
 
 Arguments& check_reach(Arguments& arguments, const char* name, const Rows& rows) {
@@ -101,7 +102,7 @@ sarnum_status sarnum_multilook(sarnum_type type, const void* source, size_t widt
                                ptrdiff_t source_row_bytes, sarnum_type target_type, void* target,
                                ptrdiff_t target_row_bytes, const sarnum_multilook_options* looks,
                                const sarnum_options* options) {
-  constexpr std::size_t longest = std::size_t{1} << 54;
+  constexpr std::size_t longest = std::size_t{1} << 48;
   Arguments arguments;
   sarnum::CallRun run;
   Looks how{1, 1};
