@@ -25,12 +25,50 @@ double detected(const void* row, std::size_t i) {
   }
 }
 
+/// Adds as many pixels as the compiler knows to each of some sums. It adds to several at once.
+template <class Layout, Detection detection, std::size_t across>
+void add_few(const void* row, std::size_t begin, double* sums, std::size_t count) {
+  for (std::size_t c = 0; c < count; ++c) {
+    double sum = sums[c];
+    for (std::size_t k = 0; k < across; ++k) {
+      sum += detected<Layout, detection>(row, begin + c * across + k);
+    }
+    sums[c] = sum;
+  }
+}
+
+/// @return for how many sums it did.
+template <class Layout, Detection detection>
+std::size_t add_few(const void* row, std::size_t begin, std::size_t end, std::size_t across,
+                    double* sums) {
+  const std::size_t count = (end - begin) / across;
+  switch (across) {
+    case 1:
+      add_few<Layout, detection, 1>(row, begin, sums, count);
+      return count;
+    case 2:
+      add_few<Layout, detection, 2>(row, begin, sums, count);
+      return count;
+    case 3:
+      add_few<Layout, detection, 3>(row, begin, sums, count);
+      return count;
+    case 4:
+      add_few<Layout, detection, 4>(row, begin, sums, count);
+      return count;
+    default:
+      return 0;
+  }
+}
+
 }  // namespace
 
 template <class Layout, Detection detection, bool skip_nan>
 void RowAverage::add_row(const void* row, const Columns& columns, Block& block) {
-  std::size_t i = columns.begin;
-  for (std::size_t c = 0; i < columns.end; ++c) {
+  std::size_t c = 0;
+  if constexpr (!skip_nan) {
+    c = add_few<Layout, detection>(row, columns.begin, columns.end, columns.across, block.sums);
+  }
+  for (std::size_t i = columns.begin + c * columns.across; i < columns.end; ++c) {
     const std::size_t end = i + std::min(columns.across, columns.end - i);
     double sum = block.sums[c];
     for (; i < end; ++i) {

@@ -42,33 +42,41 @@ class RowAverage {
   template <class Real, class RowOf>
   void average(const RowOf& row_of, std::size_t row_count, void* means) const {
     const std::size_t mean_count = this->mean_count();
+    const auto whole = static_cast<Real>(row_count * across_);
     for (std::size_t first = 0; first < mean_count; first += Block::size) {
       Block block;
       const std::size_t count = std::min(mean_count - first, Block::size);
       const Columns columns{first * across_, std::min((first + count) * across_, width_), across_};
-      std::fill_n(block.counts, count, skips_nan_ ? 0 : row_count * across_);
-      if (!skips_nan_ && first + count == mean_count) {
-        block.counts[count - 1] = row_count * (width_ - (mean_count - 1) * across_);
-      }
       for (std::size_t k = 0; k < row_count; ++k) {
         add_(row_of(k), columns, block);
       }
+      auto* const to = static_cast<unsigned char*>(means) + first * sizeof(Real);
+      const auto store = [&](std::size_t i, Real samples) {
+        const Real mean = samples == 0 ? std::numeric_limits<Real>::quiet_NaN()
+                                       : static_cast<Real>(block.sums[i]) / samples;
+        std::memcpy(to + i * sizeof(Real), &mean, sizeof(Real));
+      };
+      if (skips_nan_) {
+        for (std::size_t i = 0; i < count; ++i) {
+          store(i, static_cast<Real>(block.counts[i]));
+        }
+        continue;
+      }
       for (std::size_t i = 0; i < count; ++i) {
-        const Real mean = block.counts[i] == 0 ? std::numeric_limits<Real>::quiet_NaN()
-                                               : static_cast<Real>(block.sums[i]) /
-                                                     static_cast<Real>(block.counts[i]);
-        std::memcpy(static_cast<unsigned char*>(means) + (first + i) * sizeof(Real), &mean,
-                    sizeof(Real));
+        store(i, whole);
+      }
+      if (first + count == mean_count) {
+        store(count - 1, static_cast<Real>(row_count * (width_ - (mean_count - 1) * across_)));
       }
     }
   }
 
  private:
-  /// Sums of some means, and how many samples there are in each.
+  /// Sums of some means, and how many samples are in each if some are skipped.
   struct Block {
     static constexpr std::size_t size = 256;
     double sums[size] = {};
-    std::size_t counts[size];
+    std::size_t counts[size] = {};
   };
   struct Columns {
     std::size_t begin, end, across;
