@@ -2,6 +2,7 @@
 //
 // This program is the host of its own rasters: the raster layer below, which hands out rows in
 // memory, takes the place of the standalone host's for the library that this program loads.
+#include <sarnum/c.h>
 #include <sarnum/host/file_layer.h>
 #include <sarnum/sarnum.h>
 
@@ -103,8 +104,15 @@ int main(int argc, char** argv) {
   for (std::size_t i = 0; i < input.size(); ++i) {
     input[i] = 2.0F + sample<float>(i);
   }
-  std::vector<float> copy(input.size());
+  std::vector<float> copy(input.size()), means(output.size());
   CCustomMeterInfo meter;
+  const auto multilook = [](std::vector<float>& to, std::ptrdiff_t threads) {
+    sarnum_options options = SARNUM_OPTIONS_INIT;
+    options.threads = threads;
+    const sarnum_multilook_options how = SARNUM_MULTILOOK_INIT(looks, looks);
+    sarnum_multilook(SARNUM_FLOAT32, input.data(), side, side, side * sizeof(float), SARNUM_FLOAT32,
+                     to.data(), side / looks * sizeof(float), &how, &options);
+  };
   return run_side_by_side(
       {{.name = "multilook 4x4 in memory/8192",
         .ours = [&] { NoncoherentAccumulationR("output", "input", looks, looks, &meter); },
@@ -112,6 +120,11 @@ int main(int argc, char** argv) {
                  [&] { std::memcpy(copy.data(), input.data(), input.size() * sizeof(float)); },
                  2.0},
         .difference = worst_mean,
+        .tolerance = 1e-6},
+       {.name = "2 threads, multilook 4x4/8192",
+        .ours = [&] { multilook(output, 2); },
+        .peer = {"1 thread", [&] { multilook(means, 1); }, 0.6},
+        .difference = [&] { return output == means ? worst_mean() : 1.0; },
         .tolerance = 1e-6}},
       argc, argv);
 }

@@ -317,15 +317,22 @@ SARNUM_C_API sarnum_status sarnum_multilook(sarnum_type type, const void* source
 /// Averages the first band of an image file into a new file of SARNUM_FLOAT32. Values are those of
 /// sarnum_multilook() for the samples of the file read as SARNUM_FLOAT32.
 ///
-/// Holds a band of looks_down input rows per thread and one output row in memory. Files are read
-/// and written on the calling thread. A failure to open, read, create, write or close a file is
-/// SARNUM_FILE_ERROR, and the message names the file and the reason. After any failure, and after
-/// cancelling, there is no file at output_path.
+/// Holds a band of looks_down input rows and one output row in memory; on several threads as many
+/// of these for each as give it 2^17 samples, and at least one. Files are read and written on the
+/// calling thread. A failure to open, read, create, write or close a file is SARNUM_FILE_ERROR, and
+/// the message names the file and the reason. After any failure, and after cancelling, there is no
+/// file at output_path. Memory for a band that cannot be allocated is SARNUM_NO_MEMORY or, if the
+/// host reports it, SARNUM_FILE_ERROR.
+///
+/// Paths are in the encoding that the host takes: UTF-8, but on Windows the system's character set
+/// for 8-bit names.
 ///
 /// @param input_path   image with one real sample per pixel, as the host opens it (see the page on
-///                     rasters), in UTF-8.
+///                     rasters).
 /// @param output_path  file to create. It must not exist: an existing file is SARNUM_FILE_ERROR and
 ///                     stays as it is.
+/// @param options      files of fewer than 2^17 samples stay on the calling thread. Progress counts
+///                     rows of the output.
 SARNUM_C_API sarnum_status sarnum_multilook_file(const char* input_path, const char* output_path,
                                                  const sarnum_multilook_options* looks,
                                                  const sarnum_options* options);

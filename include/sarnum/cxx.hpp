@@ -428,7 +428,7 @@ void multilook(const Image<Pixel>& source, const Image<Real>& target, const Look
   });
 }
 
-/// The same from file to file; see sarnum_multilook_file(). Paths are in UTF-8.
+/// The same from file to file; see sarnum_multilook_file().
 inline void multilook_file(const std::string& input_path, const std::string& output_path,
                            const Looks& looks, const Run& run = {}) {
   const sarnum_multilook_options how = looks.options();

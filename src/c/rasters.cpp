@@ -15,14 +15,6 @@ using sarnum::Arguments;
 using sarnum::PaddedSize;
 using sarnum::RasterRows;
 
-std::size_t pixel_size(sarnum_type type) {
-  std::size_t size = 0;
-  sarnum::with_pixel_layout(type, [&](auto layout) {
-    size = sizeof(typename decltype(layout)::Element) << (layout.is_complex ? 1 : 0);
-  });
-  return size;
-}
-
 sarnum_status overlap(const char* a, std::size_t i, const char* b, std::size_t j) {
   return sarnum::failure(
       SARNUM_INVALID_ARGUMENT, a, "[", i, "] overlaps ", b, "[", j,
@@ -46,7 +38,7 @@ sarnum_status check_overlaps(const RasterRows& rows, const PaddedSize& size,
     std::size_t number;
   };
   const std::size_t target_bytes = size.columns() * target_pixel;
-  const std::size_t source_bytes = rows.width * pixel_size(rows.type);
+  const std::size_t source_bytes = rows.width * sarnum::pixel_size(rows.type);
   std::vector<Row> sorted(size.rows());
   for (std::size_t i = 0; i < sorted.size(); ++i) {
     sorted[i] = {reinterpret_cast<std::uintptr_t>(rows.target[i]), i};

@@ -6,9 +6,10 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdint>
+#include <cstddef>
 #include <limits>
 
+#include "imaging/looks.h"
 #include "sarnum/numeric/pixel_types.h"
 
 namespace {
@@ -19,32 +20,14 @@ constexpr int max_looks_down = 36;
 /// missing values: a mean must not pass for one of the whole look.
 using RowTable = std::array<const float*, max_looks_down>;
 
-int divide_rounding_up(int size, int looks) {
-  return size / looks + (size % looks != 0 ? 1 : 0);
-}
-
-/// Means of one output row: `row_count` rows of `width` samples, `looks_across` samples a mean.
-void average_looks(const RowTable& rows, int row_count, int width, int looks_across, float* means,
-                   int mean_count) {
-  for (int c = 0; c < mean_count; ++c) {
-    const std::int64_t begin = std::int64_t{c} * looks_across;
-    const std::int64_t end = std::min<std::int64_t>(begin + looks_across, width);
-    double sum = 0.0;
-    std::int64_t count = 0;
-    for (int k = 0; k < row_count; ++k) {
-      const float* const row = rows[static_cast<std::size_t>(k)];
-      for (std::int64_t column = begin; row != nullptr && column < end; ++column) {
-        sum += static_cast<double>(row[column]);
-      }
-      if (row == nullptr) {
-        sum = std::numeric_limits<double>::quiet_NaN();
-      }
-      count += end - begin;
-    }
-    if (count > 0) {
-      means[c] = static_cast<float>(sum) / static_cast<float>(count);
-    }
+void average_looks(const RowTable& rows, int row_count, const sarnum::RowAverage& row_average,
+                   float* means) {
+  if (std::find(rows.begin(), rows.begin() + row_count, nullptr) != rows.begin() + row_count) {
+    std::fill_n(means, row_average.mean_count(), std::numeric_limits<float>::quiet_NaN());
+    return;
   }
+  row_average.average<float>([&](std::size_t k) { return rows[k]; },
+                             static_cast<std::size_t>(row_count), means);
 }
 
 }  // namespace
@@ -62,8 +45,8 @@ int NoncoherentAccumulationR(CString outputPath, CString inputPath, int looksAcr
   }
   const int width = input.Width();
   const int height = input.Height();
-  const int output_width = divide_rounding_up(width, looksAcross);
-  const int output_height = divide_rounding_up(height, looksDown);
+  const int output_width = sarnum::divided_rounding_up(width, looksAcross);
+  const int output_height = sarnum::divided_rounding_up(height, looksDown);
   if (output.Create(outputPath, output_width, output_height, TD_FLOAT32, 273, 7, nullptr, 0) == 0) {
     input.Close();
     return 0;
@@ -76,6 +59,9 @@ int NoncoherentAccumulationR(CString outputPath, CString inputPath, int looksAcr
   meter->SetRange(0, output_height);
   meter->SetPos(0);
 
+  const sarnum::RowAverage row_average(
+      TD_FLOAT32, {static_cast<std::size_t>(looksAcross), static_cast<std::size_t>(looksDown)},
+      static_cast<std::size_t>(std::max(width, 0)));
   for (int r = 0; r < output_height; ++r) {
     auto* const means = static_cast<float*>(output.GetRowAddr(r));
     const int first_row = r * looksDown;
@@ -86,7 +72,7 @@ int NoncoherentAccumulationR(CString outputPath, CString inputPath, int looksAcr
           static_cast<const float*>(input.GetRowAddr(first_row + k));
     }
     if (means != nullptr) {
-      average_looks(rows, row_count, width, looksAcross, means, output_width);
+      average_looks(rows, row_count, row_average, means);
     }
     output.WriteRow(means, 0, r, output_width, 1);
     output.ShiftBlock(1, 1);

@@ -57,6 +57,15 @@ void with_pixel_layout(int type, Visit&& visit) {
   }
 }
 
+/// Bytes of a pixel; 0 for an unknown code.
+inline std::size_t pixel_size(int type) {
+  std::size_t size = 0;
+  with_pixel_layout(type, [&]<class Layout>(Layout) {
+    size = sizeof(typename Layout::Element) << (Layout::is_complex ? 1 : 0);
+  });
+  return size;
+}
+
 /// Element i of a run of elements. Raster rows come as untyped memory of any alignment.
 template <class Element>
 Element element_at(const void* elements, std::size_t i) {

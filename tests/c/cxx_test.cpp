@@ -118,7 +118,7 @@ std::complex<double> value_of(const std::complex<Real>& pixel) {
 }
 
 /// Each type is converted on the way; the classic values are those of its double or float numbers.
-TYPED_TEST(Pixels, AreTransformedAsTheirNumbers) {
+TYPED_TEST(Pixels, AreTakenAsTheirNumbers) {
   constexpr std::size_t width = 5, height = 7, side = 8;
   static_assert(sarnum::type_of<TypeParam>() >= 1 && sarnum::type_of<TypeParam>() <= 16);
   static_assert(sarnum::type_of<std::int64_t>() == 0);
@@ -156,6 +156,13 @@ TYPED_TEST(Pixels, AreTransformedAsTheirNumbers) {
                            Image(of_values.data(), side, side));
   EXPECT_EQ(raster, of_values);
   EXPECT_NE(raster[0], Real{0});
+
+  std::vector<double> intensity(6), of_numbers(6);
+  const sarnum::Looks looks{2, 4, sarnum::Detection::intensity};
+  sarnum::multilook(Image(pixels.data(), width, height), Image(intensity.data(), 3, 2), looks);
+  sarnum::multilook(Image(values.data(), width, height), Image(of_numbers.data(), 3, 2), looks);
+  EXPECT_EQ(intensity, of_numbers);
+  EXPECT_GT(intensity[5], 0.0);
 }
 
 }  // namespace

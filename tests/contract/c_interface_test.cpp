@@ -44,8 +44,7 @@ struct Arguments {
   sarnum_type precision = SARNUM_FLOAT64;
   sarnum_direction direction = SARNUM_FORWARD;
   sarnum_scaling scaling = SARNUM_BY_ROOT;
-  std::vector<double> numbers = std::vector<double>(2 * side * rows + 8),
-                      reference{1, 2, 3, 4, 5, 6};
+  std::vector<double> numbers = std::vector<double>(3 * side * rows), reference{1, 2, 3, 4, 5, 6};
   void *re = numbers.data(), *im = nullptr;
   const void *reference_re = reference.data(), *reference_im = nullptr;
   std::size_t reference_count = 3;
@@ -57,6 +56,12 @@ struct Arguments {
   const void* const* source = nullptr;
   void* const* target = nullptr;
   std::size_t width = side, height = rows;
+  std::ptrdiff_t row_bytes = 2 * side * sizeof(double), mean_bytes = side / 2 * sizeof(double);
+  sarnum_type mean_type = SARNUM_FLOAT64;
+  void* means = &numbers[2 * side * rows + 8];
+  sarnum_multilook_options given_looks = SARNUM_MULTILOOK_INIT(2, 3);
+  const sarnum_multilook_options* looks = &given_looks;
+  const char *input = "no file", *output = "no other file";
   sarnum_options run = SARNUM_OPTIONS_INIT;
   const sarnum_options* options = &run;
 
@@ -68,6 +73,7 @@ struct Arguments {
       target_rows.push_back(&numbers[2 * side * row]);
     }
     source_rows.assign(target_rows.begin(), target_rows.end());
+    given_looks.detection = SARNUM_INTENSITY;
     source = source_rows.data();
     target = target_rows.data();
   }
@@ -109,7 +115,22 @@ const Function raster{"sarnum_transform_raster", [](Arguments& a) {
                                                        a.height, a.target, a.options);
                       }};
 
-const std::vector<Function> by_steps{lines, columns, compression, planned, raster};
+const Function multilook{"sarnum_multilook", [](Arguments& a) {
+                           return sarnum_multilook(a.type, a.re, a.width, a.height, a.row_bytes,
+                                                   a.mean_type, a.means, a.mean_bytes, a.looks,
+                                                   a.options);
+                         }};
+const Function multilook_file{"sarnum_multilook_file", [](Arguments& a) {
+                                return sarnum_multilook_file(a.input, a.output, a.looks, a.options);
+                              }};
+
+const std::vector<Function> by_steps{lines, columns, compression, planned, raster, multilook};
+const std::vector<Function> with_options = [] {
+  std::vector<Function> all = by_steps;
+  all.push_back(multilook_file);
+  return all;
+}();
+const std::vector<Function> of_looks{multilook, multilook_file};
 
 // --- Refused arguments ---------------------------------------------------------------------------
 
@@ -181,16 +202,16 @@ const std::vector<Refused> all_refused{
      [](auto& a) { a.reference_im = &a.numbers[100]; }},
     {"reference_count is 0: ", {compression}, [](auto& a) { a.reference_count = 0; }},
     {"reference_count is 257: ", {compression}, [](auto& a) { a.reference_count = 257; }},
-    {"type is 0: ", {planned, raster}, [](auto& a) { a.type = 0; }},
-    {"type is 17: ", {planned, raster}, [](auto& a) { a.type = 17; }},
+    {"type is 0: ", {planned, raster, multilook}, [](auto& a) { a.type = 0; }},
+    {"type is 17: ", {planned, raster, multilook}, [](auto& a) { a.type = 17; }},
     {"type is 7: ",
      {raster},
      [](auto& a) {
        a.type = SARNUM_FLOAT32;
        a.direction = SARNUM_INVERSE;
      }},
-    {"width is 0: ", {planned, raster}, [](auto& a) { a.width = 0; }},
-    {"height is 0: ", {planned, raster}, [](auto& a) { a.height = 0; }},
+    {"width is 0: ", {planned, raster, multilook}, [](auto& a) { a.width = 0; }},
+    {"height is 0: ", {planned, raster, multilook}, [](auto& a) { a.height = 0; }},
     {"width is 257: pass 1 to 256, the length of row_plan",
      {planned},
      [](auto& a) { a.width = 257; }},
@@ -215,11 +236,50 @@ const std::vector<Refused> all_refused{
     {"source[9] overlaps target[9]: ",
      {planned, raster},
      [](auto& a) { a.source_rows[9] = &a.numbers[2 * a.side * 9 + 1]; }},
-    {"options->threads is -1: ", by_steps, [](auto& a) { a.run.threads = -1; }},
-    {"options->threads is 1025: ", by_steps, [](auto& a) { a.run.threads = 1025; }},
-    {"options->size is 0: ", by_steps, [](auto& a) { a.run.size = 0; }},
-    {"options->size is 5000: ", by_steps, [](auto& a) { a.run.size = 5000; }},
-    {"options->size is 40: an option is set that this version", by_steps,
+    {"width is 281474976710657: ",
+     {multilook},
+     [](auto& a) { a.width = (std::size_t{1} << 48) + 1; }},
+    {"height is 281474976710657: ",
+     {multilook},
+     [](auto& a) { a.height = (std::size_t{1} << 48) + 1; }},
+    {"source is NULL: ", {multilook}, [](auto& a) { a.re = nullptr; }},
+    {"source_row_bytes is -9223372036854775808: ",
+     {multilook},
+     [](auto& a) { a.row_bytes = PTRDIFF_MIN; }},
+    {"target_row_bytes is -9223372036854775808: ",
+     {multilook},
+     [](auto& a) { a.mean_bytes = PTRDIFF_MIN; }},
+    {"target_row_bytes is -1023: rows of the target would overlap; pass at least 1024",
+     {multilook},
+     [](auto& a) { a.mean_bytes = -1023; }},
+    {"target_type is 9: ", {multilook}, [](auto& a) { a.mean_type = SARNUM_COMPLEX_FLOAT32; }},
+    {"target is NULL: ", {multilook}, [](auto& a) { a.means = nullptr; }},
+    {"target is an image that overlaps the source: ",
+     {multilook},
+     [](auto& a) { a.means = &a.numbers[2 * a.side * a.rows - 1]; }},
+    {"target is an image that overlaps the source: ",
+     {multilook},
+     [](auto& a) {
+       a.re = &a.numbers[2 * a.side * (a.rows - 1)];
+       a.row_bytes = -a.row_bytes;
+       a.means = &a.numbers[a.side];
+     }},
+    {"looks is NULL: ", of_looks, [](auto& a) { a.looks = nullptr; }},
+    {"looks->size is 7: ", of_looks, [](auto& a) { a.given_looks.size = 7; }},
+    {"looks->looks_across is 0: ", of_looks, [](auto& a) { a.given_looks.looks_across = 0; }},
+    {"looks->looks_down is 0: ", of_looks, [](auto& a) { a.given_looks.looks_down = 0; }},
+    {"looks->detection is 3: ", of_looks, [](auto& a) { a.given_looks.detection = 3; }},
+    {"looks->detection is 0: pass SARNUM_INTENSITY",
+     {multilook},
+     [](auto& a) { a.given_looks.detection = SARNUM_AS_IS; }},
+    {"looks->skip_nan is -1: ", of_looks, [](auto& a) { a.given_looks.skip_nan = -1; }},
+    {"input_path is NULL: ", {multilook_file}, [](auto& a) { a.input = nullptr; }},
+    {"output_path is NULL: ", {multilook_file}, [](auto& a) { a.output = nullptr; }},
+    {"options->threads is -1: ", with_options, [](auto& a) { a.run.threads = -1; }},
+    {"options->threads is 1025: ", with_options, [](auto& a) { a.run.threads = 1025; }},
+    {"options->size is 0: ", with_options, [](auto& a) { a.run.size = 0; }},
+    {"options->size is 5000: ", with_options, [](auto& a) { a.run.size = 5000; }},
+    {"options->size is 40: an option is set that this version", with_options,
      [](auto& a) {
        static const LaterOptions later{{sizeof later, 1, nullptr, nullptr}, 1};
        a.options = &later.known;
@@ -265,6 +325,21 @@ TEST(CInterface, AcceptsLinesInEachOthersGaps) {
   ASSERT_EQ(lines.call(interleaved), SARNUM_OK);
   EXPECT_EQ(a.numbers, interleaved.numbers);
   EXPECT_NE(a.numbers, before);
+}
+
+/// Beside the source, row by row, and without a gap of its own.
+TEST(CInterface, AveragesIntoTheGapsOfItsSource) {
+  Arguments a(128), apart(128);
+  a.width = apart.width = a.side / 2;
+  a.mean_bytes = a.row_bytes;
+  a.means = &a.numbers[a.side];
+  apart.mean_bytes = 64 * sizeof(double);
+  ASSERT_EQ(multilook.call(a), SARNUM_OK) << sarnum_error_message();
+  ASSERT_EQ(multilook.call(apart), SARNUM_OK);
+  for (std::size_t row = 0; row < 43; ++row) {
+    const double* const means = static_cast<double*>(apart.means) + 64 * row;
+    EXPECT_TRUE(std::equal(means, means + 64, &a.numbers[a.side * (2 * row + 1)]));
+  }
 }
 
 TEST(CInterface, KeepsMessagesOfThreadsApart) {

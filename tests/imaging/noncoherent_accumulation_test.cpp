@@ -2,6 +2,7 @@
 // memory: the input has samples whose sum depends on the order of summation, and either layer can
 // be made to fail.
 #include <gtest/gtest.h>
+#include <sarnum/c.h>
 #include <sarnum/sarnum.h>
 
 #include <algorithm>
@@ -69,7 +70,7 @@ CFileLayer::~CFileLayer() = default;
 
 int CFileLayer::Open(const char* path, unsigned long mode, int index, unsigned long access) {
   note(std::string("open ") + path, mode, index, access);
-  return host.input_opens ? 2 : 0;
+  return host.input_opens && std::string(path) == "in" ? 2 : 0;
 }
 
 int CFileLayer::Width() {
@@ -201,6 +202,21 @@ TEST(HostCalls, ARowWithoutStorageMakesItsMeansNaN) {
   EXPECT_EQ(accumulate(2, 2), 1);
   EXPECT_TRUE(std::isnan(host.output.samples[0]));
   EXPECT_EQ(host.output.samples[1], 10.0F);
+}
+
+TEST(Files, FailByNameWhereTheHostGivesNoReason) {
+  const sarnum_multilook_options looks = SARNUM_MULTILOOK_INIT(2, 2);
+  const auto failure = [&](auto spoil) {
+    host = Host(order_sensitive_image(10, 5));
+    spoil();
+    EXPECT_EQ(sarnum_multilook_file("in", "out", &looks, nullptr), SARNUM_FILE_ERROR);
+    return std::string(sarnum_error_message());
+  };
+  const std::string silent = ": the host gives no reason.";
+  EXPECT_EQ(failure([] { host.input_opens = false; }), "cannot open in" + silent);
+  EXPECT_EQ(failure([] { host.input.width = 0; }), "cannot read in" + silent);
+  EXPECT_EQ(failure([] { host.output_opens = false; }), "cannot create out" + silent);
+  EXPECT_EQ(failure([] { host.missing_row = 4; }), "cannot read in" + silent);
 }
 
 }  // namespace

@@ -501,7 +501,8 @@ std::size_t length_of_version(int) {
 }
 
 /// @return a number for the bytes of the output.
-double multilook(unsigned char* samples, int side, int across, int down) {
+template <class Multilook>
+double multilook(unsigned char* samples, int side, const Multilook& files) {
   const TemporaryFolder folder;
   const std::string in = folder.file("in"), out = folder.file("out");
   std::ofstream(in + ".hdr") << "ENVI\nsamples = " << side << "\nlines = " << side
@@ -509,11 +510,25 @@ double multilook(unsigned char* samples, int side, int across, int down) {
   std::ofstream(in, std::ios::binary)
       << std::string(reinterpret_cast<const char*>(samples),
                      static_cast<std::size_t>(room_for(side) * room_for(side)));
-  CCustomMeterInfo meter;
-  const int result = NoncoherentAccumulationR(out.c_str(), in.c_str(), across, down, &meter);
+  const bool is_done = files(in.c_str(), out.c_str());
   std::ifstream file(out, std::ios::binary);
   const std::string bytes(std::istreambuf_iterator<char>(file), {});
-  return static_cast<double>(std::hash<std::string>()(bytes) / 4096 * 2) + result;
+  return static_cast<double>(std::hash<std::string>()(bytes) / 4096 * 2) + (is_done ? 1 : 0);
+}
+
+double multilook_classically(unsigned char* samples, int side, int across, int down) {
+  return multilook(samples, side, [&](const char* in, const char* out) {
+    CCustomMeterInfo meter;
+    return NoncoherentAccumulationR(out, in, across, down, &meter) == 1;
+  });
+}
+
+double multilook_files(unsigned char* samples, int side, int across, int down) {
+  return multilook(samples, side, [&](const char* in, const char* out) {
+    const sarnum_multilook_options looks =
+        SARNUM_MULTILOOK_INIT(static_cast<std::size_t>(across), static_cast<std::size_t>(down));
+    return sarnum_multilook_file(in, out, &looks, nullptr) == SARNUM_OK;
+  });
 }
 
 void add_transforms() {
@@ -623,7 +638,8 @@ void add_numeric() {
        one_written},
       filter, NAMED(FilterLowSp));
   add_named("NoncoherentAccumulationR(CString, CString, int, int, CCustomMeterInfo*)",
-            {matrix_read, count, looks_across, looks_down}, {.allocates_in_host = true}, multilook);
+            {matrix_read, count, looks_across, looks_down}, {.allocates_in_host = true},
+            multilook_classically);
   add_named("sarnum::build_info()", {count}, {}, length_of_version);
 }
 
@@ -924,6 +940,88 @@ int transform_classically(void** source, void** target, int width, int height, i
              : SARNUM_NO_MEMORY;
 }
 
+/// An image of some of the pixels and its looks, by the bits of a number.
+struct ImageOfLooks {
+  ImageOfLooks(int n, int type, int across, int down, int number)
+      : pixel(pixel_types[std::clamp(type, 1, 16) - 1]),
+        height(static_cast<std::size_t>(n > 0 ? 1 + n / 9 : 0)),
+        width(height > 0 ? static_cast<std::size_t>(n) / height : 0),
+        looks
+        SARNUM_MULTILOOK_INIT(static_cast<std::size_t>(across), static_cast<std::size_t>(down)) {
+    const auto bits = static_cast<unsigned>(number);
+    looks.detection =
+        pixel.is_complex ? 1 + static_cast<int>(bits % 2) : static_cast<int>(bits % 3);
+    looks.skip_nan = static_cast<int>(bits / 3 % 2);
+    is_upward = bits / 6 % 2 == 1;
+  }
+
+  std::size_t mean_columns() const { return (width + looks.looks_across - 1) / looks.looks_across; }
+  std::size_t mean_rows() const { return (height + looks.looks_down - 1) / looks.looks_down; }
+
+  double detected(const unsigned char* row, std::size_t i) const {
+    const double re = pixel.element(row, pixel.is_complex ? 2 * i : i);
+    const double im = pixel.is_complex ? pixel.element(row, 2 * i + 1) : 0.0;
+    const double intensity = pixel.is_complex ? re * re + im * im : re * re;
+    return looks.detection == SARNUM_AS_IS       ? re
+           : looks.detection == SARNUM_INTENSITY ? intensity
+           : pixel.is_complex                    ? std::sqrt(intensity)
+                                                 : std::abs(re);
+  }
+
+  const PixelType& pixel;
+  std::size_t height, width;
+  sarnum_multilook_options looks;
+  bool is_upward;  ///< from the last row in memory to the first
+};
+
+template <class Real>
+int multilook_image(void* pixels, int type, Real* means, int n, int across, int down, int number) {
+  const ImageOfLooks of(n, type, across, down, number);
+  auto* source = static_cast<unsigned char*>(pixels);
+  auto source_row = static_cast<std::ptrdiff_t>(of.width * of.pixel.bytes()),
+       mean_row = static_cast<std::ptrdiff_t>(sizeof(Real));
+  if (of.height > 0 && across > 0 && down > 0) {
+    mean_row *= static_cast<std::ptrdiff_t>(of.mean_columns());
+    if (of.is_upward) {
+      source += (static_cast<std::ptrdiff_t>(of.height) - 1) * source_row;
+      means += of.mean_columns() * (of.mean_rows() - 1);
+      source_row = -source_row;
+      mean_row = -mean_row;
+    }
+  }
+  return sarnum_multilook(type, source, of.width, of.height, source_row, precision<Real>, means,
+                          mean_row, &of.looks, nullptr);
+}
+
+template <class Real>
+int define_means(void* pixels, int type, Real* means, int n, int across, int down, int number) {
+  const ImageOfLooks of(n, type, across, down, number);
+  const auto in_memory = [&](std::size_t row, std::size_t rows) {
+    return of.is_upward ? rows - 1 - row : row;
+  };
+  for (std::size_t r = 0; r < of.mean_rows(); ++r) {
+    for (std::size_t c = 0; c < of.mean_columns(); ++c) {
+      double sum = 0.0;
+      Real count = 0;
+      for (std::size_t y = r * of.looks.looks_down;
+           y < std::min((r + 1) * of.looks.looks_down, of.height); ++y) {
+        const auto* const row = static_cast<const unsigned char*>(pixels) +
+                                in_memory(y, of.height) * of.width * of.pixel.bytes();
+        for (std::size_t x = c * of.looks.looks_across;
+             x < std::min((c + 1) * of.looks.looks_across, of.width); ++x) {
+          const double value = of.detected(row, x);
+          if (of.looks.skip_nan == 0 || !std::isnan(value)) {
+            sum += value;
+            ++count;
+          }
+        }
+      }
+      means[in_memory(r, of.mean_rows()) * of.mean_columns() + c] = static_cast<Real>(sum) / count;
+    }
+  }
+  return SARNUM_OK;
+}
+
 std::size_t length_of_texts(int) {
   return std::strlen(sarnum_version()) + (sarnum_error_message() == nullptr ? 1 : 0);
 }
@@ -963,6 +1061,12 @@ void add_c_interface() {
             transform_classically<&CFFTClass::FFT_2D>);
   add_named("", inverse, classic, transform_raster<SARNUM_INVERSE>,
             transform_classically<&CFFTClass::IFFT_2D>);
+  const Roles image{pixels,       pixel_code, numbers_written, count,
+                    looks_across, looks_down, any_integer};
+  add_named("sarnum_multilook", image, {}, multilook_image<float>, define_means<float>);
+  add_named("", image, {}, multilook_image<double>, define_means<double>);
+  add_named("sarnum_multilook_file", {matrix_read, count, looks_across, looks_down},
+            {.allocates_in_host = true}, multilook_files, multilook_classically);
   add_named("sarnum_error_message\nsarnum_version", {count}, {}, length_of_texts);
 }
 

@@ -624,6 +624,27 @@ void add_plans(Rows& rows, const std::string& type, sarnum_type precision) {
                   }});
 }
 
+template <class Real>
+void add_looks(Rows& rows, const std::string& type, sarnum_type means_type) {
+  rows.push_back({"sarnum_multilook(" + type + ")", [=](Digester& d) {
+                    constexpr std::size_t width = 600, height = 220, columns = 86;
+                    for (int pixel = SARNUM_UINT8; pixel <= SARNUM_COMPLEX_INT32; ++pixel) {
+                      const auto image = pixels(d, pixel, width * height);
+                      std::vector<Real> means(columns * 55);
+                      for (int detection = pixel > SARNUM_FLOAT64 ? SARNUM_INTENSITY : SARNUM_AS_IS;
+                           detection <= SARNUM_AMPLITUDE; ++detection) {
+                        sarnum_multilook_options looks = SARNUM_MULTILOOK_INIT(7, 4);
+                        looks.detection = detection;
+                        sarnum_multilook(pixel, image.data(), width, height,
+                                         static_cast<std::ptrdiff_t>(image.size() / height),
+                                         means_type, means.data(), columns * sizeof(Real), &looks,
+                                         &two_threads);
+                        d.add(means);
+                      }
+                    }
+                  }});
+}
+
 // --- All of them
 
 /// A transform of an impulse consists of the factors in the tables.
@@ -667,6 +688,8 @@ Rows all_rows(const std::string& folder) {
       {"NoncoherentAccumulationR", [=](Digester& d) { digest_multilooking(d, folder); }});
   add_plans<float>(rows, "float", SARNUM_FLOAT32);
   add_plans<double>(rows, "double", SARNUM_FLOAT64);
+  add_looks<float>(rows, "float", SARNUM_FLOAT32);
+  add_looks<double>(rows, "double", SARNUM_FLOAT64);
   add_subnormal_numbers(rows);
   return rows;
 }
