@@ -1,6 +1,6 @@
 #!/bin/sh
 # clean_root.sh DEBS README.md: the Debian packages in a system that has nothing else. Installs them,
-# compiles the README's program, runs the tool and the Python module, and removes them without
+# compiles the README's two programs, runs the tool and the Python module, and removes them without
 # leftovers. Needs root, debootstrap and a Debian mirror: the one that apt uses here.
 #
 # The system is a folder of /var/tmp, because debootstrap fails in a path that has a blank.
@@ -35,10 +35,15 @@ step "installing the packages"
 cp "$debs"/*.deb "$root/tmp/"
 in_root sh -c 'apt-get install -yq --no-install-recommends /tmp/*.deb'
 
-step "compiling the README's program"
-awk '/^```cpp$/ { inside = 1; next } /^```$/ { if (inside) exit } inside' "$readme" >"$root/tmp/program.cpp"
-in_root sh -euxc 'cd /tmp; c++ program.cpp -o program $(pkg-config --cflags --libs sarnum)
-  [ "$(./program)" = "strongest at bin 37, magnitude 512" ]'
+step "compiling the README's programs"
+# Each is followed by what it prints.
+awk -v folder="$root/tmp" '
+  $0 == "```cpp" { n++; file = folder "/program" n ".cpp"; next }
+  $0 == "```text" { file = folder "/expected" n; next }
+  $0 == "```" { if (file ~ /expected2$/) exit; file = "" }
+  file { print >file }' "$readme"
+in_root sh -euxc 'cd /tmp; for n in 1 2; do
+  c++ program$n.cpp -o program $(pkg-config --cflags --libs sarnum); ./program | diff expected$n -; done'
 
 step "running the tool and the Python module"
 in_root sarnum --version
