@@ -256,11 +256,10 @@ bool EnviRaster::create(const std::string& path, std::string& reason) {
   // All storage is had before a file is touched.
   const std::string text = envi_header_text(width_, height_);
   created_ = {target, target_of(header_name)};
-  std::vector<std::string> stale;
+  std::vector<std::string> stale = companions_of(path);
   for (const std::string& place : {path, target}) {
-    for (const auto& names : {own_headers(place, created_.back()), companions_of(place)}) {
-      stale.insert(stale.end(), names.begin(), names.end());
-    }
+    const std::vector<std::string> headers = own_headers(place, created_.back());
+    stale.insert(stale.end(), headers.begin(), headers.end());
   }
   raster_.file = File(path, "wb");
   if (!raster_.file.is_open()) {

@@ -364,10 +364,7 @@ std::unique_ptr<RasterFile> create_raster_file(const char* path, int width, int 
   // All storage is had before the file is touched.
   const std::string target = target_of(path);
   auto raster = std::make_unique<GdalRaster>(target);
-  std::vector<std::string> stale = companions_of(path);
-  for (std::string& name : companions_of(target)) {
-    stale.push_back(std::move(name));
-  }
+  const std::vector<std::string> stale = companions_of(path);
   const GdalScope scope;
   const std::uint64_t old_size = size_of(target);
   // GDALDriver::Create() would first delete what it finds under that name, whatever it is, with all

@@ -74,13 +74,15 @@ std::string target_of(const std::string& path) {
 
 std::vector<std::string> companions_of(const std::string& path) {
   std::vector<std::string> names;
-  for (const char* const suffix : {".aux.xml", ".ovr", ".msk"}) {
-    std::string name = path + suffix;
-    unsigned mode = 0;
-    const bool is_known = get_mode_of_link(name, mode);
-    // What this system does not know may lie in one of GDAL's own, "/vsimem/" and the like.
-    if (is_known ? mode == regular || mode == link : errno == ENOENT) {
-      names.push_back(std::move(name));
+  for (const std::string& place : {path, target_of(path)}) {
+    for (const char* const suffix : {".aux.xml", ".ovr", ".msk"}) {
+      std::string name = place + suffix;
+      unsigned mode = 0;
+      const bool is_known = get_mode_of_link(name, mode);
+      // What this system does not know may lie in one of GDAL's own, "/vsimem/" and the like.
+      if (is_known ? mode == regular || mode == link : errno == ENOENT) {
+        names.push_back(std::move(name));
+      }
     }
   }
   return names;

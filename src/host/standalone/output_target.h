@@ -18,8 +18,8 @@ std::string why_not_a_file(const std::string& path);
 /// file can be removed later whatever has become of the links and of the working folder.
 std::string target_of(const std::string& path);
 
-/// The files that GDAL reads with a raster of that path and with no other: statistics and
-/// georeferencing, overviews, and masks.
+/// The files that GDAL reads with a raster of that path, or of its target, and with no other:
+/// statistics and georeferencing, overviews, and masks.
 std::vector<std::string> companions_of(const std::string& path);
 
 }  // namespace sarnum::host
