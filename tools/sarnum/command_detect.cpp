@@ -97,7 +97,7 @@ Description described(const RasterInput& input, bool amplitude) {
     description.scale = amplitude ? std::abs(scale) : scale * scale;
   }
   description.metadata.SetNameValue(quantity_item,
-                                    amplitude ? quantity_amplitude : quantity_intensity);
+                                    name_of(amplitude ? Quantity::amplitude : Quantity::intensity));
   return description;
 }
 

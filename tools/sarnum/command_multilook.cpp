@@ -73,15 +73,15 @@ void check_input(const RasterInput& input, const MultilookArguments& arguments) 
                   " holds complex pixels, which cannot be averaged; first run: sarnum detect " +
                   for_shell(input.path()) + " " + for_shell(stem + "_intensity.tif"));
   }
-  const char* const quantity = input.dataset().GetMetadataItem(quantity_item);
-  const bool has_power = quantity != nullptr && !EQUAL(quantity, quantity_decibel);
-  const std::string sign = evidence_of_decibels(input);
+  const std::optional<Quantity> quantity = noted_quantity(input);
+  const bool has_power = quantity && *quantity != Quantity::decibel;
+  const std::string evidence = evidence_of_decibels(input);
   if (arguments.from_decibel && has_power) {
-    warn(name + " holds " + quantity + "; its values are taken as decibels");
-  } else if (!arguments.from_decibel && !sign.empty()) {
-    warn(name + " seems to hold decibels (" + sign +
+    warn(name + " holds " + name_of(*quantity) + "; its values are taken as decibels");
+  } else if (!arguments.from_decibel && !evidence.empty()) {
+    warn(name + " seems to hold decibels (" + evidence +
          "): they are averaged as they are; for mean power give --from-db");
-  } else if (arguments.to_decibel && has_power && EQUAL(quantity, quantity_amplitude)) {
+  } else if (arguments.to_decibel && quantity == Quantity::amplitude) {
     warn(name + " holds amplitude: the decibels will be those of its mean, not of mean power");
   }
   if (input.gaps().may_exist() && arguments.nodata.empty()) {
@@ -131,8 +131,8 @@ Description described(const RasterInput& input, const MultilookArguments& argume
     if (!arguments.to_decibel && is_label_of_decibels(description.band_description)) {
       description.band_description.clear();
     }
-    description.metadata.SetNameValue(quantity_item,
-                                      arguments.to_decibel ? quantity_decibel : quantity_intensity);
+    description.metadata.SetNameValue(
+        quantity_item, name_of(arguments.to_decibel ? Quantity::decibel : Quantity::intensity));
   }
   description.metadata.SetNameValue("SARNUM_SOURCE", input.path().c_str());
   description.metadata.SetNameValue("SARNUM_VERSION", build_info().version);
@@ -220,9 +220,8 @@ void run_multilook(const MultilookArguments& arguments) {
   Progress progress(arguments.show_progress);
   progress.update(0.0);
   average(input, output, arguments, looks, progress);
-  const auto reduced = [](int size, int by) { return size / by + (size % by != 0 ? 1 : 0); };
-  check_written(output, reduced(input.width(), looks.across), reduced(input.height(), looks.down),
-                GDT_Float32);
+  check_written(output, divide_rounding_up(input.width(), looks.across),
+                divide_rounding_up(input.height(), looks.down), GDT_Float32);
   if (picture) {
     draw_raster(output, *picture);
   }

@@ -11,14 +11,6 @@
 #include "elementary/functions.h"
 
 namespace sarnum::tool {
-namespace {
-
-int divide_rounding_up(int a, int b) {
-  return a / b + (a % b != 0 ? 1 : 0);
-}
-
-}  // namespace
-
 LookMeans::LookMeans(const RasterInput& input, Looks looks, SampleRule rule)
     : input_(input),
       looks_(looks),

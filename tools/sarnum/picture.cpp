@@ -10,16 +10,13 @@
 #include "gaps.h"
 #include "geotiff.h"
 #include "messages.h"
+#include "raster_input.h"
 
 namespace sarnum::tool {
 namespace {
 
 constexpr int largest_side = 2048;
 constexpr double no_value = std::numeric_limits<double>::quiet_NaN();
-
-int divide_rounding_up(int a, int b) {
-  return a / b + (a % b != 0 ? 1 : 0);
-}
 
 double percentile(std::vector<double>& values, double percent) {
   const auto at = static_cast<std::ptrdiff_t>(

@@ -12,13 +12,13 @@ namespace sarnum::tool {
 const char* name_of(Quantity quantity) {
   switch (quantity) {
     case Quantity::amplitude:
-      return quantity_amplitude;
+      return "amplitude";
     case Quantity::decibel:
-      return quantity_decibel;
+      return "decibel";
     case Quantity::intensity:
       break;
   }
-  return quantity_intensity;
+  return "intensity";
 }
 
 std::optional<Quantity> noted_quantity(const RasterInput& input) {

@@ -11,11 +11,8 @@ namespace sarnum::tool {
 
 enum class Quantity { intensity, amplitude, decibel };
 
-/// Metadata item in which the tool notes the quantity, and its values.
+/// Metadata item in which the tool notes the quantity.
 inline constexpr const char* quantity_item = "SARNUM_QUANTITY";
-inline constexpr const char* quantity_intensity = "intensity";
-inline constexpr const char* quantity_amplitude = "amplitude";
-inline constexpr const char* quantity_decibel = "decibel";
 
 /// As that item names it.
 const char* name_of(Quantity quantity);

@@ -161,8 +161,8 @@ void check_for_holes(const std::string& path, GDALDataset& dataset) {
   int block_width = 1;
   int block_height = 1;
   band.GetBlockSize(&block_width, &block_height);
-  const int across = (band.GetXSize() - 1) / block_width + 1;
-  const int down = (band.GetYSize() - 1) / block_height + 1;
+  const int across = divide_rounding_up(band.GetXSize(), block_width);
+  const int down = divide_rounding_up(band.GetYSize(), block_height);
   const bool is_meant = is_marked_as_sparse(dataset);
   bool holes = false;
   for (int y = 0; y < down; ++y) {
@@ -245,8 +245,8 @@ void limit_gdal_cache(GDALRasterBand& band) {
   int block_width = 1;
   int block_height = 1;
   band.GetBlockSize(&block_width, &block_height);
-  const GIntBig blocks_across = (band.GetXSize() + GIntBig{block_width} - 1) / block_width;
-  const GIntBig row_of_blocks = blocks_across * block_width * block_height *
+  const GIntBig row_of_blocks = GIntBig{divide_rounding_up(band.GetXSize(), block_width)} *
+                                block_width * block_height *
                                 GDALGetDataTypeSizeBytes(band.GetRasterDataType());
   const GIntBig largest = std::max(CPLGetPhysicalRAM() / 4, smallest);
   GDALSetCacheMax64(std::min(smallest + row_of_blocks, largest));
@@ -310,14 +310,14 @@ void RasterInput::read_first_sample() const {
   }
 }
 
-void RasterInput::read_rows(int first, int count, void* pixels) const {
+void RasterInput::read(int column, int row, int columns, int rows, void* pixels) const {
   forget_gdal_messages();
-  if (band().RasterIO(GF_Read, 0, first, width(), count, pixels, width(), count, type_.delivered_as,
-                      0, 0, nullptr) != CE_None ||
+  if (band().RasterIO(GF_Read, column, row, columns, rows, pixels, columns, rows,
+                      type_.delivered_as, 0, 0, nullptr) != CE_None ||
       !gdal_failure().empty()) {
-    fail_with_gdal_reason((count == 1 ? "cannot read row " + std::to_string(first)
-                                      : "cannot read rows " + std::to_string(first) + " to " +
-                                            std::to_string(first + count - 1)) +
+    fail_with_gdal_reason((rows == 1 ? "cannot read row " + std::to_string(row)
+                                     : "cannot read rows " + std::to_string(row) + " to " +
+                                           std::to_string(row + rows - 1)) +
                           " of " + in_quotes(path_) + ", which may be truncated or damaged");
   }
 }
@@ -339,7 +339,7 @@ void SampleReader::read(int first, int rows) {
   count_ = size(rows);
   const auto count = static_cast<int>(count_);
   const int code = input_.type().code;
-  input_.read_rows(first, rows, pixels_.data());
+  input_.read(0, first, input_.width(), rows, pixels_.data());
   if (input_.type().is_complex()) {
     Transform_to_double(pixels_.data(), code, re_.data(), im_.data(), count);
   } else {

@@ -27,6 +27,11 @@ struct PixelType {
   }
 };
 
+/// How many parts of a size a side has, a last one that is cut short included.
+inline int divide_rounding_up(int side, int size) {
+  return side / size + (side % size != 0 ? 1 : 0);
+}
+
 /// Registers the drivers of GDAL, but for the opening of memory by its address: a virtual raster
 /// could name any.
 void register_drivers();
@@ -43,8 +48,8 @@ class RasterInput {
   int height() const { return dataset_->GetRasterYSize(); }
   const PixelType& type() const { return type_; }
 
-  /// Reads `count` rows of the first band as pixels of type().
-  void read_rows(int first, int count, void* pixels) const;
+  /// Reads a window of the first band as pixels of type(). Throws a Failure that names its rows.
+  void read(int column, int row, int columns, int rows, void* pixels) const;
 
   /// Which of its pixels hold no sample.
   const Gaps& gaps() const { return *gaps_; }

@@ -4,9 +4,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <string>
-
-#include "messages.h"
 
 namespace sarnum::tool {
 
@@ -31,13 +28,7 @@ RowPieces::RowPieces(const RasterInput& input)
 }
 
 void RowPieces::read(int column, int row, int count) {
-  forget_gdal_messages();
-  if (input_.band().RasterIO(GF_Read, column, row, count, 1, pixels_.data(), count, 1,
-                             input_.type().delivered_as, 0, 0, nullptr) != CE_None ||
-      !gdal_failure().empty()) {
-    fail_with_gdal_reason("cannot read row " + std::to_string(row) + " of " +
-                          in_quotes(input_.path()) + ", which may be truncated or damaged");
-  }
+  input_.read(column, row, count, 1, pixels_.data());
   count_ = static_cast<std::size_t>(count);
   Transform_to_double(pixels_.data(), input_.type().code, re_.data(), im_.data(), count);
   input_.gaps().mark(column, row, count, std::span(re_).first(count_), im());
