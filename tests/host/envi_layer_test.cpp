@@ -77,14 +77,13 @@ TEST_F(EnviTest, AHeaderGoesWithItsRasterAndNoOther) {
   open_with("samples", "4");
   EXPECT_NE(create(layer_, folder_.file("raster.ml"), 2, 2), 0);
   layer_.Close();
-  std::ofstream(folder_.file("raster.re")) << "the header is that of this one too";
+  const std::string sharing = folder_.file("raster.re");
+  std::ofstream(sharing) << "the header is that of this one too";
   EXPECT_NE(create(layer_, path_, 2, 2), 0);
   layer_.Close();
-  EXPECT_THAT(folder_.names(), ElementsAre("raster.hdr", "raster.ml", "raster.ml.hdr", "raster.re",
-                                           "raster.tif", "raster.tif.hdr"));
-  for (const char* const name : {"raster.re", "raster.tif", "raster.tif.hdr"}) {
-    std::filesystem::remove(folder_.file(name));
-  }
+  EXPECT_TRUE(std::filesystem::exists(folder_.file("raster.hdr")));
+  std::filesystem::remove(sharing);
+  std::filesystem::remove(path_ + ".hdr");
   open_with("samples", "4");
   EXPECT_THAT(folder_.names(),
               ElementsAre("raster.hdr", "raster.ml", "raster.ml.hdr", "raster.tif"));

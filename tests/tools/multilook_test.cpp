@@ -21,11 +21,7 @@ TEST_F(ToolTest, MultilookIsTheBlockAverageOfGdal) {
       ->SetNoDataValue(-1);
   for (const auto& [name, option] : {std::pair{"whole.tif", ""}, {"gaps.tif", " --nodata skip"}}) {
     const std::string gdal = std::string("average of ") + name;
-    GDALTranslateOptions* const options = GDALTranslateOptionsNew(
-        CPLStringList(CSLTokenizeString("-r average -outsize 12 12")).List(), nullptr);
-    GDALClose(GDALTranslate(file(gdal).c_str(), GDALDataset::ToHandle(open(name).get()), options,
-                            nullptr));
-    GDALTranslateOptionsFree(options);
+    translate(name, gdal, "-r average -outsize 12 12");
     run_silently(std::string("multilook ") + name + " out.tif --overwrite --looks 8x6" + option);
     Raster reference = read(gdal);
     expect_samples(

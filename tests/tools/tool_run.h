@@ -110,6 +110,15 @@ class ToolTest : public ::testing::Test, protected TemporaryFolder {
     return dataset;
   }
 
+  /// Copies a raster as gdal_translate does.
+  void translate(const std::string& from, const std::string& to, const char* arguments = "") const {
+    GDALTranslateOptions* const options =
+        GDALTranslateOptionsNew(CPLStringList(CSLTokenizeString(arguments)).List(), nullptr);
+    GDALClose(
+        GDALTranslate(file(to).c_str(), GDALDataset::ToHandle(open(from).get()), options, nullptr));
+    GDALTranslateOptionsFree(options);
+  }
+
   Raster read(const std::string& name) const {
     const GDALDatasetUniquePtr dataset = open(name);
     Raster raster{dataset->GetRasterXSize(), dataset->GetRasterYSize()};
