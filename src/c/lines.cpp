@@ -52,7 +52,7 @@ struct GivenLines {
   Extent extent(const void* numbers) const {
     const std::size_t below = (stride < 0 ? (n - 1) * magnitude(stride) : 0) +
                               (distance < 0 ? (count - 1) * magnitude(distance) : 0);
-    return {static_cast<const char*>(numbers) - below * sample_size(),
+    return {reinterpret_cast<std::uintptr_t>(numbers) - below * sample_size(),
             (span() + 1) * sample_size()};
   }
 
@@ -61,7 +61,8 @@ struct GivenLines {
     if (im == nullptr || !extent(re).overlaps(extent(im))) {
       return true;
     }
-    const auto gap = (static_cast<const char*>(im) - static_cast<const char*>(re)) /
+    const auto gap = static_cast<std::ptrdiff_t>(reinterpret_cast<std::uintptr_t>(im) -
+                                                 reinterpret_cast<std::uintptr_t>(re)) /
                      static_cast<std::ptrdiff_t>(number_size);
     const auto lines = static_cast<std::ptrdiff_t>(count);
     for (std::ptrdiff_t k = 1 - lines; k < lines; ++k) {
@@ -75,7 +76,8 @@ struct GivenLines {
 
   template <class Real>
   sarnum::Lines<Real> as() const {
-    return {static_cast<Real*>(re), static_cast<Real*>(im), count, stride, distance};
+    // A single sample may be given with any stride, even one that no product can hold.
+    return {static_cast<Real*>(re), static_cast<Real*>(im), count, n == 1 ? 1 : stride, distance};
   }
 };
 
