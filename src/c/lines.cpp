@@ -87,13 +87,16 @@ Arguments& check_apart(Arguments& arguments, bool parts_are_apart) {
 }
 
 Arguments& check_lines(Arguments& arguments, const GivenLines& lines) {
+  if (lines.count == 0) {
+    return arguments;  // an empty container may have no address, and no distances
+  }
   arguments.array("re", lines.re, lines.number_size);
   if (lines.im != nullptr) {
     arguments.array("im", lines.im, lines.number_size);
   }
   arguments.that(lines.stride != 0, "stride", lines.stride,
                  "pass the distance from a sample of a line to the next one, such as 1");
-  if (arguments.are_refused() || lines.count == 0) {
+  if (arguments.are_refused()) {
     return arguments;
   }
   arguments.that(lines.is_addressable(), "count", lines.count, "the lines, with stride ",

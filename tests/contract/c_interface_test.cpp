@@ -348,9 +348,16 @@ TEST(CInterface, AveragesIntoTheGapsOfItsSource) {
   }
 }
 
-TEST(CInterface, AcceptsAnyStrideOfASingleSample) {
+TEST(CInterface, AcceptsAnyStrideOfASingleSampleAndNoLinesAtAll) {
   Arguments a;
   const std::vector<double> before = a.numbers;
+  a.count = 0;
+  a.stride = 0;
+  std::swap(a.re, a.im);
+  EXPECT_EQ(lines.call(a), SARNUM_OK) << sarnum_error_message();
+  EXPECT_EQ(compression.call(a), SARNUM_OK) << sarnum_error_message();
+  std::swap(a.re, a.im);
+  a.count = 1;
   const Plan of_one(1, SARNUM_FLOAT64);
   a.plan = of_one.plan;
   a.stride = PTRDIFF_MAX;
