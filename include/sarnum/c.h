@@ -181,7 +181,7 @@ SARNUM_C_API sarnum_status sarnum_transform(const sarnum_plan* plan, sarnum_dire
 ///
 /// @param re, im    as in sarnum_transform(). With a stride other than 1 or −1 they may lie in one
 ///                  another's gaps.
-/// @param count     number of lines; 0 does nothing.
+/// @param count     number of lines; 0 does nothing, and re may then be NULL.
 /// @param stride    from a sample to the next sample of its line; not 0. Positive or negative.
 /// @param distance  from a line to the next line. No two lines may share a sample: either
 ///                  |distance| ≥ (n − 1)·|stride| + 1, or |stride| ≥ (count − 1)·|distance| + 1

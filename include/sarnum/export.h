@@ -39,10 +39,10 @@
 #elif defined(_WIN32) || (defined(__APPLE__) && defined(__aarch64__))
 static_assert(LDBL_MANT_DIG == 53,
               "long double is the 64-bit double on this platform: compile with -mlong-double-64");
-#elif defined(__x86_64__) && !defined(__ANDROID__)
+#elif (defined(__x86_64__) || defined(__i386__)) && !defined(__ANDROID__)
 static_assert(LDBL_MANT_DIG == 64,
               "long double has 80 bits on this platform: compile without -mlong-double-64");
-#else
+#elif defined(__LP64__)
 static_assert(LDBL_MANT_DIG > 64,
               "long double has 128 bits on this platform: compile without -mlong-double-64");
 #endif

@@ -69,8 +69,9 @@ struct Extent {
   std::uintptr_t begin;
   std::uintptr_t end;
 
+  Extent(std::uintptr_t first, std::size_t bytes) : begin(first), end(first + bytes) {}
   Extent(const void* first, std::size_t bytes)
-      : begin(reinterpret_cast<std::uintptr_t>(first)), end(begin + bytes) {}
+      : Extent(reinterpret_cast<std::uintptr_t>(first), bytes) {}
 
   bool overlaps(const Extent& other) const { return begin < other.end && other.begin < end; }
 };

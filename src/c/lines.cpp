@@ -52,7 +52,7 @@ struct GivenLines {
   Extent extent(const void* numbers) const {
     const std::size_t below = (stride < 0 ? (n - 1) * magnitude(stride) : 0) +
                               (distance < 0 ? (count - 1) * magnitude(distance) : 0);
-    return {static_cast<const char*>(numbers) - below * sample_size(),
+    return {reinterpret_cast<std::uintptr_t>(numbers) - below * sample_size(),
             (span() + 1) * sample_size()};
   }
 
@@ -61,7 +61,8 @@ struct GivenLines {
     if (im == nullptr || !extent(re).overlaps(extent(im))) {
       return true;
     }
-    const auto gap = (static_cast<const char*>(im) - static_cast<const char*>(re)) /
+    const auto gap = static_cast<std::ptrdiff_t>(reinterpret_cast<std::uintptr_t>(im) -
+                                                 reinterpret_cast<std::uintptr_t>(re)) /
                      static_cast<std::ptrdiff_t>(number_size);
     const auto lines = static_cast<std::ptrdiff_t>(count);
     for (std::ptrdiff_t k = 1 - lines; k < lines; ++k) {
@@ -75,7 +76,8 @@ struct GivenLines {
 
   template <class Real>
   sarnum::Lines<Real> as() const {
-    return {static_cast<Real*>(re), static_cast<Real*>(im), count, stride, distance};
+    // A single sample may be given with any stride, even one that no product can hold.
+    return {static_cast<Real*>(re), static_cast<Real*>(im), count, n == 1 ? 1 : stride, distance};
   }
 };
 
@@ -85,13 +87,16 @@ Arguments& check_apart(Arguments& arguments, bool parts_are_apart) {
 }
 
 Arguments& check_lines(Arguments& arguments, const GivenLines& lines) {
+  if (lines.count == 0) {
+    return arguments;  // an empty container may have no address, and no distances
+  }
   arguments.array("re", lines.re, lines.number_size);
   if (lines.im != nullptr) {
     arguments.array("im", lines.im, lines.number_size);
   }
   arguments.that(lines.stride != 0, "stride", lines.stride,
                  "pass the distance from a sample of a line to the next one, such as 1");
-  if (arguments.are_refused() || lines.count == 0) {
+  if (arguments.are_refused()) {
     return arguments;
   }
   arguments.that(lines.is_addressable(), "count", lines.count, "the lines, with stride ",

@@ -19,7 +19,8 @@ sarnum_status read_options(const char* name, const Options* given, Options& opti
   std::size_t size = 0;
   std::memcpy(&size, given, sizeof(size));
   constexpr std::size_t largest = 4096;
-  if (size < sizeof(size) || size > largest) {
+  // All members end at multiples of that size or in pairs: none is read in part.
+  if (size < sizeof(size) || size > largest || size % sizeof(size) != 0) {
     return failure(SARNUM_INVALID_ARGUMENT, name, "->size is ", size,
                    ": begin with the _INIT macro of the structure, which sets it.");
   }
@@ -52,6 +53,7 @@ class CallRun {
   sarnum_status perform(std::size_t units, const Work& work) noexcept {
     return guarded([&] {
       total_ = units;
+      threads_ = static_cast<unsigned>(std::min<std::size_t>(threads_, units));
       Outcome outcome = work(run());
       if (outcome == Outcome::no_storage && threads_ > 1) {
         threads_ = 1;

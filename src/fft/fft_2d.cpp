@@ -75,7 +75,7 @@ int type_to_load(int type) {
   return is_skipped ? 0 : type;
 }
 
-/// @return false, with nothing touched, when the work storage cannot be had.
+/// @return false, with nothing touched, when the work storage could not be allocated.
 bool forward(void** src, void** dst, int width, int height, int type, int centre,
              CMeterInfo* caller_meter) {
   const auto size = padded_size(width, height);

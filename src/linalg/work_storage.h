@@ -78,7 +78,7 @@ class Narrowed {
     }
   }
 
-  /// Whether the storage of the copy could be had; without it there is nothing to get.
+  /// Whether the storage of the copy could be allocated; get() is of use only then.
   bool has_storage() { return copy_.get() != nullptr; }
   double* get() { return copy_.get(); }
 

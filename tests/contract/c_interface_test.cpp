@@ -9,10 +9,15 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <system_error>
 #include <thread>
 #include <vector>
 
 #include "failing_allocations.h"
+
+#if defined(__GLIBC__)
+#include <pthread.h>
+#endif
 
 namespace {
 
@@ -278,6 +283,7 @@ const std::vector<Refused> all_refused{
     {"options->threads is -1: ", with_options, [](auto& a) { a.run.threads = -1; }},
     {"options->threads is 1025: ", with_options, [](auto& a) { a.run.threads = 1025; }},
     {"options->size is 0: ", with_options, [](auto& a) { a.run.size = 0; }},
+    {"options->size is 20: ", with_options, [](auto& a) { a.run.size = 20; }},
     {"options->size is 5000: ", with_options, [](auto& a) { a.run.size = 5000; }},
     {"options->size is 40: an option is set that this version", with_options,
      [](auto& a) {
@@ -342,6 +348,23 @@ TEST(CInterface, AveragesIntoTheGapsOfItsSource) {
   }
 }
 
+TEST(CInterface, AcceptsAnyStrideOfASingleSampleAndNoLinesAtAll) {
+  Arguments a;
+  const std::vector<double> before = a.numbers;
+  a.count = 0;
+  a.stride = 0;
+  std::swap(a.re, a.im);
+  EXPECT_EQ(lines.call(a), SARNUM_OK) << sarnum_error_message();
+  EXPECT_EQ(compression.call(a), SARNUM_OK) << sarnum_error_message();
+  std::swap(a.re, a.im);
+  a.count = 1;
+  const Plan of_one(1, SARNUM_FLOAT64);
+  a.plan = of_one.plan;
+  a.stride = PTRDIFF_MAX;
+  EXPECT_EQ(lines.call(a), SARNUM_OK) << sarnum_error_message();
+  EXPECT_EQ(a.numbers, before);
+}
+
 TEST(CInterface, KeepsMessagesOfThreadsApart) {
   EXPECT_EQ(sarnum_plan_create(0, SARNUM_FLOAT32, nullptr), SARNUM_INVALID_ARGUMENT);
   std::thread([] { EXPECT_STREQ(sarnum_error_message(), ""); }).join();
@@ -394,6 +417,57 @@ TEST(CInterface, GivesTheSameValuesOnAnyNumberOfThreads) {
     }
   }
 }
+
+TEST(CInterface, StartsThreadsBesideOtherCallsThatDo) {
+  std::vector<Ran> alone;
+  for (const Function& function : by_steps) {
+    alone.push_back(run(function, 1));
+    for (std::size_t other = 0; other < alone.size(); ++other) {
+      std::vector<std::jthread> running;
+      for (unsigned thread = 0; thread < 8; ++thread) {
+        running.emplace_back([&alone, k = thread % 2 == 0 ? alone.size() - 1 : other] {
+          EXPECT_EQ(run(by_steps[k], 3).numbers, alone[k].numbers) << by_steps[k].name;
+        });
+      }
+    }
+  }
+}
+
+#if defined(__GLIBC__)
+/// While it lives, no thread can be made: there is no room for its stack.
+class RefusedThreads {
+ public:
+  RefusedThreads() {
+    pthread_getattr_default_np(&usual_);
+    pthread_attr_t huge;
+    pthread_getattr_default_np(&huge);
+    EXPECT_EQ(pthread_attr_setstacksize(&huge, std::size_t{1} << 62), 0);
+    EXPECT_EQ(pthread_setattr_default_np(&huge), 0);
+    pthread_attr_destroy(&huge);
+    EXPECT_THROW(std::jthread([] {}), std::system_error);
+  }
+  RefusedThreads(const RefusedThreads&) = delete;
+  RefusedThreads& operator=(const RefusedThreads&) = delete;
+  ~RefusedThreads() {
+    pthread_setattr_default_np(&usual_);
+    pthread_attr_destroy(&usual_);
+  }
+
+ private:
+  pthread_attr_t usual_;
+};
+
+TEST(CInterface, GoesOnAloneWhereTheSystemRefusesThreads) {
+  for (const Function& function : by_steps) {
+    const Ran alone = run(function, 1);
+    const RefusedThreads refused;
+    const Ran ran = run(function, 4);
+    EXPECT_EQ(ran.status, SARNUM_OK) << sarnum_error_message();
+    EXPECT_EQ(ran.numbers, alone.numbers) << function.name;
+    EXPECT_EQ(ran.fractions, alone.fractions) << function.name;
+  }
+}
+#endif
 
 TEST(CInterface, TellsProgressAndStopsAtEachStep) {
   for (const Function& function : by_steps) {
