@@ -14,8 +14,8 @@
 ///
 /// The terms are, by total degree t = 0 … P and in it j = 0 … t, x^j·y^(t−j):
 /// 1, y, x, y², x·y, x², y³, … (mnk2() has **another order**). Powers are the nearest doubles to
-/// the exact ones, and v^0 is 1, also of NaN. The fit keeps sums of powers up to 2P: bring the coordinates to the range
-/// −1 … 1 or so first.
+/// the exact ones, and v^0 is 1, also of NaN. The fit keeps sums of powers up to 2P: bring the
+/// coordinates to the range −1 … 1 or so first.
 ///
 /// **Copying and assignment copy the fields as they are, pointers included.** Both objects then
 /// share their arrays, and only one of them may be destroyed; the arrays that the target of an
