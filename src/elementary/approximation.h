@@ -17,6 +17,8 @@ struct Approximation {
   double hi;
   double lo;
   double error;
+
+  double rounded() const { return hi + lo; }
 };
 
 /// The nearest double to what is approximated, from exact() where that is undecided.
@@ -44,7 +46,8 @@ constexpr DoubleDouble with_short_head(DoubleDouble x) {
 
 /// x as the sum of its upper 26 bits and the other 27.
 inline DoubleDouble split(double x) {
-  const auto upper = std::bit_cast<double>(std::bit_cast<std::uint64_t>(x) >> 27 << 27);
+  const auto upper =
+      std::bit_cast<double>(std::bit_cast<std::uint64_t>(x) & ~std::uint64_t{0x7ffffff});
   return {upper, x - upper};
 }
 

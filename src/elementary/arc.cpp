@@ -35,6 +35,56 @@ constexpr auto arcs = [] {
   return table;
 }();
 
+/// Taylor's series of the arc sine at a multiple of 1/128.
+struct ArcSine {
+  DoubleDouble value;
+  DoubleDouble slope;  ///< the head with at most 26 bits
+  double terms[7];     ///< the factors of t² … t⁸
+};
+
+/// At c = k/128 for k = 0 … 64. By (1 − x²)·f'' = x·f' the slope at c + t, Σ g_n·tⁿ, has
+/// (1 − c²)·(n + 1)·g_(n+1) = (2n + 1)·c·g_n + n·g_(n−1), and at t = 1/128 it is that of the next
+/// c.
+constexpr auto arc_sines = [] {
+  std::array<ArcSine, 65> table{};
+  DoubleDouble value{0.0, 0.0};
+  DoubleDouble slope{1.0, 0.0};
+  for (int k = 0; k <= 64; ++k) {
+    ArcSine& entry = table[static_cast<std::size_t>(k)];
+    entry.value = value;
+    entry.slope = with_short_head(slope);
+    DoubleDouble term = slope;
+    DoubleDouble before{0.0, 0.0};
+    double power = 1.0;
+    for (int n = 0; n < 20; ++n) {
+      if (n > 0) {
+        slope = slope + term * power;
+        if (n <= 7) {
+          entry.terms[n - 1] = term.hi / (n + 1);
+        }
+      }
+      power /= 128.0;
+      value = value + (term * power) / (n + 1);
+      const DoubleDouble next = (term * ((2 * n + 1) * k * 128.0) + before * (n * 16384.0)) /
+                                ((16384.0 - k * k) * (n + 1));
+      before = term;
+      term = next;
+    }
+  }
+  return table;
+}();
+
+/// acos x = quarter + factor·asin z, for x > 0 and x < 0 each.
+struct Way {
+  DoubleDouble quarter;
+  double factor;
+  double half_if_root;
+};
+constexpr Way ways[] = {{quarters[1], -1.0, 0.0},
+                        {quarters[1], 1.0, 0.0},
+                        {quarters[0], 2.0, 0.5},
+                        {quarters[2], -2.0, 0.5}};
+
 double with_sign(double magnitude, double sign) {
   return std::signbit(sign) ? -magnitude : magnitude;
 }
@@ -54,16 +104,19 @@ double special_arc_tangent(double y, double x) {
   return with_sign(pi / 2, y);
 }
 
+/// No product of the fast path comes near the subnormal numbers.
 constexpr bool is_ordinary(double x) {
-  return is_between(x, 0x1p-430, 0x1p430);
+  return is_between(x, 0x1p-150, 0x1p150);
 }
 
 /// Where a coordinate is very large or very small.
 double extreme_arc_tangent(double y, double x) {
-  const double scale = std::max(std::abs(x), std::abs(y)) > 1.0 ? 0x1p-600 : 0x1p700;
-  if (is_ordinary(x * scale) && is_ordinary(y * scale)) {
+  const auto field = [](double of) { return std::bit_cast<std::uint64_t>(of) >> 52 & 0x7ff; };
+  const std::uint64_t most = std::max(field(x), field(y));
+  if (most - std::min(field(x), field(y)) < 300) {
+    const auto scale = std::bit_cast<double>((2046 - std::min<std::uint64_t>(most, 2045)) << 52);
     const Approximation value = approximate_arc_tangent({y * scale, 0.0}, {x * scale, 0.0});
-    return nearest(value, [&] { return exact::arc_tangent(y, x, value.hi); });
+    return nearest(value, [&] { return exact::arc_tangent(y, x, value.rounded()); });
   }
   const bool is_flat = std::abs(y) < std::abs(x);
   const double approximation = is_flat && x > 0.0 ? y / x : with_sign(is_flat ? pi : pi / 2, y);
@@ -122,22 +175,49 @@ Approximation approximate_arc_tangent(DoubleDouble y, DoubleDouble x) {
           0x1.2p-51 * std::abs(q) * square + 0x1p-76 * (c + std::abs(q)) + 0x1p-100 * value.hi};
 }
 
-// 1 − x² = (1 − x)·(1 + x), and its root, are right to 2^−100.
+// acos x = π/2 − asin x up to 1/2; beyond, 2·asin z or π − 2·asin z of z = √((1 − |x|)/2). The root
+// is computed for all x and z is the lesser one: a branch would take longer. (1 − |x|)/2 is exact
+// beyond 1/2, and with a root's upper 26 bits h and lower 27 bits l so is (1 − |x|)/2 − h² − 2·h·l.
+//
+// For z = c + t, c the nearest multiple of 1/128, t is exact, and so are products of halves of t
+// with the slope's head of 26 bits. Of the rest of the line, which is 2^−25·|t|, five roundings
+// lose 2^−75·|t| ≤ 2^−75·z. The root's low part is below u·z: its product with the slope's low
+// part, 2^−26, is left out. Sums with arcs and quarters lose less than 2^−99.
+//
+// |t| ≤ 2^−8. The series has nine roundings (of t², a factor, the polynomial, two of products and
+// the like of smaller terms), two as part of sums, and lacks u of it where the root's low part
+// changes it; the terms left out, from t⁹ on, are below 2u of it: 14u, and twice that for 2·asin z.
 Approximation approximate_arc_cosine(double x) {
-  const auto less = fast_two_sum(1.0, -x);
-  const auto more = fast_two_sum(1.0, x);
-  const auto product = two_product(less.hi, more.hi);
-  const double product_low = product.lo + (less.hi * more.lo + less.lo * more.hi);
-  const double root = std::sqrt(product.hi);
-  const auto square = two_product(root, root);
-  const double root_low = 0.5 * (((product.hi - square.hi) - square.lo) + product_low) / root;
-  return approximate_arc_tangent({root, root_low}, {x, 0.0});
+  const double magnitude = std::abs(x);
+  const double half = 0.5 - 0.5 * magnitude;
+  const double root = std::sqrt(half);
+  const auto parts = split(root);
+  const double remainder =
+      ((half - parts.hi * parts.hi) - 2.0 * parts.hi * parts.lo) - parts.lo * parts.lo;
+  const double z = std::min(root, magnitude);
+  const auto& [quarter, factor, half_if_root] = ways[2 * (magnitude > 0.5) + std::signbit(x)];
+
+  constexpr double short_parts = 0x1.8p45;  // adding this leaves a multiple of 1/128
+  const double shifted = z + short_parts;
+  const ArcSine& at = arc_sines[std::bit_cast<std::uint64_t>(shifted) % 128];
+  const double t = z - (shifted - short_parts);
+  const auto t_parts = split(t);
+  const double t2 = t * t;
+  const auto& a = at.terms;
+  const double series = t2 * (((a[0] + t * a[1]) + t2 * (a[2] + t * a[3])) +
+                              t2 * t2 * ((a[4] + t * a[5]) + t2 * a[6]));
+  const auto arc = fast_two_sum(at.value.hi, at.slope.hi * t_parts.hi);
+  const double low = arc.lo + ((at.value.lo + (at.slope.hi * t_parts.lo + at.slope.lo * t)) +
+                               (at.slope.hi + 2.0 * t * a[0]) * (half_if_root * remainder / root));
+  const auto value = fast_two_sum(quarter.hi, factor * arc.hi);
+  return {value.hi, (value.lo + quarter.lo) + factor * (low + series),
+          0x1.cp-49 * std::abs(series) + (0x1p-74 * z + 0x1p-98)};
 }
 
 double arc_tangent(double y, double x) {
   if (is_ordinary(x) && is_ordinary(y)) [[likely]] {
     const Approximation value = approximate_arc_tangent({y, 0.0}, {x, 0.0});
-    return nearest(value, [&] { return exact::arc_tangent(y, x, value.hi); });
+    return nearest(value, [&] { return exact::arc_tangent(y, x, value.rounded()); });
   }
   const bool is_special = x == 0.0 || y == 0.0 || !std::isfinite(x) || !std::isfinite(y);
   return is_special ? special_arc_tangent(y, x) : extreme_arc_tangent(y, x);
@@ -146,7 +226,7 @@ double arc_tangent(double y, double x) {
 double arc_cosine(double x) {
   if (is_between(x, 0x1p-57, 1.0)) [[likely]] {
     const Approximation value = approximate_arc_cosine(x);
-    return nearest(value, [&] { return exact::arc_cosine(x, value.hi); });
+    return nearest(value, [&] { return exact::arc_cosine(x, value.rounded()); });
   }
   if (is_between(x, 0.0, 1.0)) {
     return pi / 2;  // which is more than 2^−57 away from a rounding boundary

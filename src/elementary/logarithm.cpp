@@ -69,9 +69,9 @@ double special_logarithm(double x) {
 //   log x = base + z1 + z2 − z1²/2 − z2·(z1 + z2/2) + z³·(1/3 − z/4 + … + z⁶/9) + low parts.
 // The product with z³ has nine roundings (three of z in z³, two of products there, three of the
 // polynomial and the last product) and three as part of sums: 12u·|z|³/3,
-// at most 2^−66.6·|z|. That of z2 < 2^−21.5
-// has 4u·2^−21.5·|z|, the series left out is below u·|z|³/60, and the low parts, which are below
-// 2^−33·|base| and right to 2^−96 and k·2^−98, err by 2^−86·|base|.
+// at most 2^−66.6·|z|. That of z2 < 2^−21.5 has 4u·2^−21.5·|z|, the series left out is below
+// u·|z|³/60, and the low parts, which are below 2^−33·|base| and right to 2^−96 and k·2^−98, err by
+// 2^−86·|base|.
 Approximation approximate_logarithm(double x) {
   constexpr DoubleDouble ln_2{0x1.62e42fefa38p-1, 0x1.ef35793c7673p-45};
   const bool is_subnormal = is_between(x, 0.0, std::numeric_limits<double>::min());
@@ -105,7 +105,7 @@ double logarithm(double x) {
     return special_logarithm(x);
   }
   const Approximation value = approximate_logarithm(x);
-  return nearest(value, [&] { return exact::logarithm(x, value.hi); });
+  return nearest(value, [&] { return exact::logarithm(x, value.rounded()); });
 }
 
 // The product of the heads is exact; the rest, 2^−26 of it, errs by 2^−78.
@@ -126,7 +126,7 @@ double decimal_logarithm(double x) {
     return special_logarithm(x);
   }
   const Approximation value = approximate_decimal_logarithm(x);
-  return nearest(value, [&] { return exact::decimal_logarithm(x, value.hi); });
+  return nearest(value, [&] { return exact::decimal_logarithm(x, value.rounded()); });
 }
 
 }  // namespace sarnum
