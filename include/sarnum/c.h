@@ -1,6 +1,22 @@
 /// @file
 /// The interface for new programs in plain C (C99 or C++), and for every language and compiler that
-/// can call C. C++ programs can use it through sarnum/cxx.hpp.
+/// can call C. C++ programs can use it through sarnum/cxx.hpp. A whole call:
+///
+///     float line[2 * 1024] = {1};  // 1024 samples, interleaved
+///     sarnum_plan* plan = NULL;
+///     sarnum_status status = sarnum_plan_create(1024, SARNUM_FLOAT32, &plan);
+///     if (status == SARNUM_OK) {
+///       status = sarnum_transform(plan, SARNUM_FORWARD, SARNUM_UNSCALED, line, NULL);
+///     }
+///     if (status != SARNUM_OK) {
+///       fprintf(stderr, "%s\n", sarnum_error_message());
+///     }
+///     sarnum_plan_destroy(plan);
+///
+/// To load the library at run time, open `libsarnum.so.1`, or `sarnum.dll` on Windows, and find the
+/// functions by name. The loader must find `libsarnum_host.so.1` or `sarnum_host.dll` too: this
+/// second library is the host, which reads and writes image files. (A library that was built for
+/// another host needs that one instead.)
 ///
 /// What holds for every function:
 ///
@@ -18,12 +34,15 @@
 ///   strides are the same numbers.
 /// - **Alignment.** Arrays of float or double begin at a multiple of 4 or 8 bytes. Rows of images
 ///   may begin anywhere.
-/// - **Options.** The last argument says how a call runs: on how many threads, and whom to tell of
-///   its progress. NULL means one thread and no progress.
+/// - **Options.** Where a function takes `options`, they say how the call runs: on how many
+/// threads,
+///   and which function to call with its progress. NULL means one thread and no progress.
 /// - **Threads.** Every function may run on any number of threads at once, on different output. A
 ///   plan may be used by all of them.
-/// - **Values** are the same on every CPU and for any number of threads. No function prints, ends
-///   the process or lets a C++ exception out.
+/// - **Values** are the same on every CPU and for any number of threads. Samples that are NaN or
+///   infinite are not refused: in a transform they can make every number of the same line, or of
+///   the same image, NaN or infinite, but none of another line.
+/// - No function prints, ends the process or lets a C++ exception out.
 #ifndef SARNUM_C_H
 #define SARNUM_C_H
 
@@ -55,11 +74,13 @@ enum {
   SARNUM_OK = 0,
   SARNUM_INVALID_ARGUMENT = 1,  ///< an argument is outside its stated range; nothing was touched
   SARNUM_NO_MEMORY = 2,         ///< work storage could not be allocated; nothing was touched
-  SARNUM_CANCELLED = 3,         ///< the progress callback asked to stop; output is incomplete
-  SARNUM_SINGULAR = 4,          ///< a matrix has no inverse
-  SARNUM_FILE_ERROR = 5,        ///< a file could not be opened, created, read or written
-  SARNUM_UNSUPPORTED = 6,       ///< lawful, but this version does not have it; nothing was touched
-  SARNUM_FAILED = 7             ///< anything else; the message has what is known
+  /// The progress callback asked to stop; the output may be incomplete. In place, some lines are
+  /// done and others are not: begin again from a copy.
+  SARNUM_CANCELLED = 3,
+  SARNUM_SINGULAR = 4,     ///< a matrix has no inverse; not yet returned by any function
+  SARNUM_FILE_ERROR = 5,   ///< a file could not be opened, created, read or written
+  SARNUM_UNSUPPORTED = 6,  ///< lawful, but this version does not have it; nothing was touched
+  SARNUM_FAILED = 7        ///< anything else; the message has what is known
 };
 
 /// Why the last failing call on this thread failed: one sentence in UTF-8. "" before the first
@@ -73,11 +94,13 @@ SARNUM_C_API const char* sarnum_version(void);
 // --- How a call runs ---------------------------------------------------------------------------
 
 /// Called from time to time while a function works, with the part of the work that is done: a
-/// number from 0 to 1 that never falls.
+/// number from 0 to 1 that never falls. The first number is 0; the last one is 1 if nothing stops
+/// the work. Without any work (a count of 0) it is not called.
 ///
-/// Return 0 to go on. Any other value stops the work within a row or a block of columns, and the
-/// function returns SARNUM_CANCELLED. It is called only on the thread that called the function,
-/// which waits meanwhile, so keep it short. It must return normally: no exception, no longjmp.
+/// Return 0 to go on. After any other value each thread does at most one more line, row or block of
+/// columns, and the function returns SARNUM_CANCELLED, even where all work was done. The callback
+/// is called only on the thread that called the function, which waits meanwhile, so keep it short.
+/// It must return normally: no exception, no longjmp.
 typedef int (*sarnum_progress)(void* context, double fraction);
 
 /// How a call runs. Begin with SARNUM_OPTIONS_INIT, which fills in the defaults:
@@ -86,7 +109,9 @@ typedef int (*sarnum_progress)(void* context, double fraction);
 ///     options.threads = 2;
 typedef struct sarnum_options {
   /// sizeof(sarnum_options) of the header that the caller was compiled with. Later versions add
-  /// members at the end; a caller that does not know a member gets its default.
+  /// members at the end. A library that is newer than the header uses the defaults of members that
+  /// the header lacks. A library that is older accepts members that it does not know if they are 0;
+  /// others are SARNUM_UNSUPPORTED.
   size_t size;
   /// Threads to work on: 1 to 1024, or 0 for one per processor. The calling thread is one of them;
   /// the others are made for the call and have ended when it returns. Where the system does not
@@ -135,7 +160,8 @@ typedef struct sarnum_plan sarnum_plan;
 
 /// Makes a plan for lines of n samples.
 ///
-/// @param n          a power of two, 1 to 2^30. Other lengths are SARNUM_UNSUPPORTED.
+/// @param n          1 to 2^30. A length in that range that is not a power of two is
+///                   SARNUM_UNSUPPORTED.
 /// @param precision  SARNUM_FLOAT32 or SARNUM_FLOAT64: the type of the numbers that the plan
 ///                   transforms, and of all arithmetic.
 /// @param plan       receives the plan; unchanged on failure. It takes 2·n numbers of memory.
@@ -156,13 +182,13 @@ enum {
   SARNUM_INVERSE = 2   ///< x[j] = Σ X[k]·exp(+2πi·j·k/n)
 };
 
-/// What a transform multiplies its results by. A forward and an inverse transform together give the
-/// input back when one has SARNUM_BY_LENGTH and the other SARNUM_UNSCALED, or both have
-/// SARNUM_BY_ROOT.
+/// The factor by which a transform multiplies its results. A forward and an inverse transform
+/// together give the input back when one has SARNUM_BY_LENGTH and the other SARNUM_UNSCALED, or
+/// both have SARNUM_BY_ROOT.
 typedef int32_t sarnum_scaling;
 enum {
-  SARNUM_UNSCALED = 1,   ///< 1
-  SARNUM_BY_LENGTH = 2,  ///< 1/n
+  SARNUM_UNSCALED = 1,   ///< 1: results stay as they are
+  SARNUM_BY_LENGTH = 2,  ///< 1/n: results are divided by n
   SARNUM_BY_ROOT = 3     ///< 1/√n, rounded to the plan's precision: keeps Σ|x|²
 };
 
@@ -179,13 +205,14 @@ SARNUM_C_API sarnum_status sarnum_transform(const sarnum_plan* plan, sarnum_dire
 /// with n columns: stride 1, distance n. All columns of an image with n rows and c columns: stride
 /// c, distance 1.
 ///
-/// @param re, im    as in sarnum_transform(). With a stride other than 1 or −1 they may lie in one
-///                  another's gaps.
+/// @param re, im    as in sarnum_transform(). im may lie in gaps of re, between samples or between
+///                  lines, if they share no number.
 /// @param count     number of lines; 0 does nothing, and re may then be NULL.
 /// @param stride    from a sample to the next sample of its line; not 0. Positive or negative.
-/// @param distance  from a line to the next line. No two lines may share a sample: either
-///                  |distance| ≥ (n − 1)·|stride| + 1, or |stride| ≥ (count − 1)·|distance| + 1
-///                  with distance not 0. Ignored when count is 1.
+/// @param distance  from a line to the next line. Lines must lie one after another,
+///                  |distance| ≥ (n − 1)·|stride| + 1, or be interleaved as columns are,
+///                  |stride| ≥ (count − 1)·|distance| + 1 with distance not 0. Other arrangements
+///                  are refused, even those that share no sample. Ignored when count is 1.
 /// @param options   fewer than 2^17 samples (n·count) stay on the calling thread.
 SARNUM_C_API sarnum_status sarnum_transform_lines(
     const sarnum_plan* plan, sarnum_direction direction, sarnum_scaling scaling, void* re, void* im,
@@ -202,9 +229,15 @@ SARNUM_C_API sarnum_status sarnum_transform_lines(
 /// to its beginning, let n be at least the length of the line plus reference_count − 1, and follow
 /// the line by zeros. Multiply the reference by a window before the call to lower side lobes.
 ///
+/// 512 lines of 4096 samples in an interleaved array `echo`, a plan for 4096 samples of
+/// SARNUM_FLOAT32, and a chirp of 800 samples, interleaved too:
+///
+///     status = sarnum_compress_lines(plan, chirp, NULL, 800, echo, NULL, 512, 1, 4096, NULL);
+///
 /// @param reference_re, reference_im  the reference in time, adjoining samples of the plan's
-///                 precision, split or interleaved as re and im may be; only read. Must not overlap
-///                 the lines.
+///                 precision, split or interleaved as re and im may be; only read. Must lie outside
+///                 the range from the first to the last number of the lines, gaps included. Both
+///                 may be the same array.
 /// @param reference_count  1 to n.
 /// @param re, im, count, stride, distance, options  the lines, as in sarnum_transform_lines().
 SARNUM_C_API sarnum_status sarnum_compress_lines(const sarnum_plan* plan, const void* reference_re,
@@ -216,7 +249,12 @@ SARNUM_C_API sarnum_status sarnum_compress_lines(const sarnum_plan* plan, const 
 //
 // An image is given by an array of pointers to its rows. Rows need not adjoin. Rows of the target
 // must not overlap each other. Row k of the target may begin where row k of the source begins
-// (transform in place); otherwise no row of the target may overlap a row of the source.
+// (transform in place); otherwise no row of the target may overlap a row of the source. In place, C
+// needs a cast for the source:
+//
+//     void* rows[64];  // the address of each row
+//     sarnum_transform_2d(plan, plan, SARNUM_FORWARD, SARNUM_UNSCALED, SARNUM_COMPLEX_FLOAT32,
+//                         (const void* const*)rows, 64, 64, rows, NULL);
 //
 // Fewer than 2^17 pixels in the target stay on the calling thread. Progress is called after each
 // row and each block of columns.
@@ -228,7 +266,8 @@ SARNUM_C_API sarnum_status sarnum_compress_lines(const sarnum_plan* plan, const 
 /// count as 0, up to N1 columns and N2 rows.
 ///
 /// @param row_plan, column_plan  of equal precision; both may be the same plan.
-/// @param scaling  of each row by N1 and of each column by N2.
+/// @param scaling  applied to rows with n = N1, then to columns with n = N2: SARNUM_BY_LENGTH
+///                 divides by N1·N2 in all.
 /// @param type     pixel type of the source. Its numbers are converted to the plans' precision.
 /// @param source   `height` pointers to rows of `width` pixels; only read.
 /// @param width    1 to N1.
@@ -242,22 +281,25 @@ SARNUM_C_API sarnum_status sarnum_transform_2d(const sarnum_plan* row_plan,
                                                size_t width, size_t height, void* const* target,
                                                const sarnum_options* options);
 
-/// Transforms an image to the values that the suite's applications compute (CFFTClass::FFT_2D and
-/// CFFTClass::IFFT_2D), without plans.
+/// Transforms an image to the values of the library's classic C++ interface (sarnum/sarnum.h:
+/// CFFTClass::FFT_2D and CFFTClass::IFFT_2D), without plans. Where you need not match those values,
+/// use sarnum_transform_2d().
 ///
-/// Forward: the source is followed by zeros up to N1 columns and N2 rows, the least powers of two
-/// not below width and height, and the result is divided by N1·N2. Pixels of SARNUM_FLOAT64 and
-/// SARNUM_COMPLEX_FLOAT64 become SARNUM_COMPLEX_FLOAT64; all others become SARNUM_COMPLEX_FLOAT32,
-/// computed in double and rounded to float after each butterfly. (Complex unsigned integers, which
-/// those applications' routine does not read, are converted like the others.)
+/// Let N1 and N2 be the least powers of two not below width and height.
 ///
-/// Inverse: not scaled. The source has type SARNUM_COMPLEX_FLOAT32 or SARNUM_COMPLEX_FLOAT64, as
-/// the target has, and sides that are powers of two. In both types each butterfly is rounded to
-/// float: for an inverse in full double precision use sarnum_transform_2d().
+/// Forward: the source is followed by zeros up to N1 columns and N2 rows, and the result is divided
+/// by N1·N2. A target of SARNUM_COMPLEX_FLOAT32 is computed in double and rounded to float after
+/// each butterfly. (Complex unsigned integers, which the classic function does not read, are
+/// converted like the others.)
+///
+/// Inverse: not scaled. The source has type SARNUM_COMPLEX_FLOAT32 or SARNUM_COMPLEX_FLOAT64, and
+/// sides that are powers of two. In both types each butterfly is rounded to float.
 ///
 /// @param source   `height` pointers to rows of `width` pixels of `type`; only read.
 /// @param width, height  1 to 2^30.
-/// @param target   N2 pointers to rows with room for N1 complex pixels. All are written.
+/// @param target   N2 pointers to rows with room for N1 complex pixels, interleaved. All are
+///                 written. They are SARNUM_COMPLEX_FLOAT64 if `type` is SARNUM_FLOAT64 or
+///                 SARNUM_COMPLEX_FLOAT64, and SARNUM_COMPLEX_FLOAT32 for all other types.
 SARNUM_C_API sarnum_status sarnum_transform_raster(sarnum_direction direction, sarnum_type type,
                                                    const void* const* source, size_t width,
                                                    size_t height, void* const* target,
@@ -294,9 +336,9 @@ typedef struct sarnum_multilook_options {
 ///
 /// The target has ceil(width / looks_across) columns and ceil(height / looks_down) rows. The last
 /// ones average the pixels that exist. Each sum runs in double, row after row and from left to
-/// right. A mean of SARNUM_FLOAT32 is (float)sum / (float)count, of SARNUM_FLOAT64 sum / count.
-/// Detected values are computed in double. For L independent looks of intensity the variance of
-/// speckle falls to mean²/L.
+/// right. If target_type is SARNUM_FLOAT32, the mean is (float)sum / (float)count, otherwise
+/// sum / count; `count` leaves out NaNs that are skipped. Detected values are computed in double.
+/// For L independent looks of intensity the variance of speckle falls to mean²/L.
 ///
 /// @param type              pixel type of the source. Complex pixels need a detection.
 /// @param source            first row of the source; only read.
@@ -317,18 +359,18 @@ SARNUM_C_API sarnum_status sarnum_multilook(sarnum_type type, const void* source
 /// Averages the first band of an image file into a new file of SARNUM_FLOAT32. Values are those of
 /// sarnum_multilook() for the samples of the file read as SARNUM_FLOAT32.
 ///
-/// Holds a band of looks_down input rows and one output row in memory; on several threads as many
+/// Holds a strip of looks_down input rows and one output row in memory; on several threads as many
 /// of these for each as give it 2^17 samples, and at least one. Files are read and written on the
 /// calling thread. A failure to open, read, create, write or close a file is SARNUM_FILE_ERROR, and
-/// the message names the file and the reason. After any failure, and after cancelling, there is no
-/// file at output_path. Memory for a band that cannot be allocated is SARNUM_NO_MEMORY or, if the
+/// the message names the file and the reason. After a failure or cancelling, a file that this call
+/// created is removed. Memory for a strip that cannot be allocated is SARNUM_NO_MEMORY or, if the
 /// host reports it, SARNUM_FILE_ERROR.
 ///
 /// Paths are in the encoding that the host takes: UTF-8, but on Windows the system's character set
 /// for 8-bit names.
 ///
-/// @param input_path   image with one real sample per pixel, as the host opens it (see the page on
-///                     rasters).
+/// @param input_path   image with one real sample per pixel, in a format that the host opens: what
+///                     GDAL opens or, in a build without GDAL, flat samples with an ENVI header.
 /// @param output_path  file to create. It must not exist: an existing file is SARNUM_FILE_ERROR and
 ///                     stays as it is.
 /// @param options      files of fewer than 2^17 samples stay on the calling thread. Progress counts

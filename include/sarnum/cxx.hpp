@@ -56,7 +56,7 @@ class Error : public std::runtime_error {
   sarnum_status status_;
 };
 
-/// The progress callable asked to stop; the output is incomplete.
+/// The progress callable asked to stop; the output may be incomplete (see SARNUM_CANCELLED).
 class Cancelled : public Error {
  public:
   using Error::Error;
@@ -195,7 +195,8 @@ class Plan {
   static constexpr sarnum_type precision =
       std::is_same_v<Real, float> ? SARNUM_FLOAT32 : SARNUM_FLOAT64;
 
-  /// @param n  a power of two, 1 to 2^30
+  /// @param n  a power of two from 1 to 2^30; Error has SARNUM_UNSUPPORTED for another length in
+  ///           that range
   explicit Plan(std::size_t n) {
     sarnum_plan* plan = nullptr;
     check(sarnum_plan_create(n, precision, &plan));
@@ -358,9 +359,10 @@ void transform_2d(const Plan<Real>& row_plan, const Plan<Real>& column_plan, Dir
   });
 }
 
-/// The values of the suite's applications, without plans. The target has the least powers of two
-/// not below the source's width and height as sides, and pixels of std::complex<double> for sources
-/// of double or std::complex<double>, of std::complex<float> for all others.
+/// The values of the classic interface (CFFTClass::FFT_2D and IFFT_2D), without plans. The target
+/// has the least powers of two not below the source's width and height as sides, and pixels of
+/// std::complex<double> for sources of double or std::complex<double>, of std::complex<float> for
+/// all others.
 template <class Pixel, class Real>
 void transform_raster(Direction direction, const Image<Pixel>& source,
                       const Image<std::complex<Real>>& target, const Run& run = {}) {

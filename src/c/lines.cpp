@@ -37,12 +37,14 @@ struct GivenLines {
     return (n - 1) * magnitude(stride) + (count - 1) * magnitude(distance);
   }
 
-  bool is_addressable() const {
-    constexpr double most = 0x1p58;
-    return static_cast<double>(n - 1) * std::abs(static_cast<double>(stride)) +
-               static_cast<double>(count - 1) * std::abs(static_cast<double>(distance)) <
-           most;
+  /// From the first to the last sample of a line, and to the first one of the last line.
+  double reach_of_line() const {
+    return static_cast<double>(n - 1) * std::abs(static_cast<double>(stride));
   }
+  double reach_of_lines() const {
+    return static_cast<double>(count - 1) * std::abs(static_cast<double>(distance));
+  }
+  bool is_addressable() const { return reach_of_line() + reach_of_lines() < 0x1p58; }
 
   bool lines_are_apart() const {
     return count == 1 || magnitude(distance) >= (n - 1) * magnitude(stride) + 1 ||
@@ -86,6 +88,22 @@ Arguments& check_apart(Arguments& arguments, bool parts_are_apart) {
                         "pass an array of its own, or NULL if samples are interleaved in re");
 }
 
+/// Names the argument that is the largest, and so most likely the wrong one.
+Arguments& check_reach(Arguments& arguments, const GivenLines& lines) {
+  constexpr const char* farther = " reach farther than memory; pass the ";
+  const bool is_lawful = lines.is_addressable();
+  if (lines.reach_of_line() >= lines.reach_of_lines()) {
+    return arguments.that(is_lawful, "stride", lines.stride, lines.n, " samples of a line", farther,
+                          "distance in samples from a sample to the next one");
+  }
+  if (magnitude(lines.distance) > lines.count) {
+    return arguments.that(is_lawful, "distance", lines.distance, lines.count, " lines", farther,
+                          "distance in samples from a line to the next one");
+  }
+  return arguments.that(is_lawful, "count", lines.count, "so many lines at distance ",
+                        lines.distance, farther, "number of lines in the array");
+}
+
 Arguments& check_lines(Arguments& arguments, const GivenLines& lines) {
   if (lines.count == 0) {
     return arguments;  // an empty container may have no address, and no distances
@@ -96,18 +114,16 @@ Arguments& check_lines(Arguments& arguments, const GivenLines& lines) {
   }
   arguments.that(lines.stride != 0, "stride", lines.stride,
                  "pass the distance from a sample of a line to the next one, such as 1");
-  if (arguments.are_refused()) {
+  if (arguments.are_refused() || check_reach(arguments, lines).are_refused()) {
     return arguments;
   }
-  arguments.that(lines.is_addressable(), "count", lines.count, "the lines, with stride ",
-                 lines.stride, " and distance ", lines.distance,
-                 ", reach farther than memory; pass the number of lines in the array");
-  if (arguments.are_refused()) {
-    return arguments;
-  }
-  arguments.that(lines.lines_are_apart(), "distance", lines.distance, "lines of ", lines.n,
-                 " samples at stride ", lines.stride,
-                 " would share samples; pass the distance from a line to the next one");
+  const std::ptrdiff_t interleaved = lines.distance == 0 ? 1 : lines.distance;
+  arguments.that(lines.lines_are_apart(), "distance", lines.distance, lines.count, " lines of ",
+                 lines.n, " samples at stride ", lines.stride,
+                 " may share samples; pass a distance of at least ",
+                 (lines.n - 1) * magnitude(lines.stride) + 1, " in magnitude, or distance ",
+                 interleaved, " with a stride of at least ",
+                 (lines.count - 1) * magnitude(interleaved) + 1, " to interleave the lines");
   return check_apart(arguments, lines.parts_are_apart());
 }
 
@@ -224,8 +240,9 @@ sarnum_status sarnum_compress_lines(const sarnum_plan* plan, const void* referen
     };
     for (const auto& [name, part] :
          {std::pair{"reference_re", reference_re}, std::pair{"reference_im", reference_im}}) {
-      arguments.that(is_apart(part), name, "an array within the lines",
-                     "pass a copy of the reference outside of them");
+      arguments.that(
+          is_apart(part), name, "an array within the lines",
+          "pass a copy of the reference that lies outside the range of the lines, gaps included");
     }
   }
   arguments.then([&] { return run.read(options, lines.n * count); });

@@ -16,12 +16,15 @@ using sarnum::Looks;
 
 /// Reads and checks everything but whether the pixels go with the detection.
 sarnum_status read_looks(const sarnum_multilook_options* given, Looks& looks) {
+  constexpr sarnum::OptionsKind kind{
+      "looks", "SARNUM_MULTILOOK_INIT(across, down)",
+      offsetof(sarnum_multilook_options, skip_nan) + sizeof(std::int32_t)};
   sarnum_multilook_options options = SARNUM_MULTILOOK_INIT(0, 0);
   Arguments arguments;
   arguments
       .given("looks", given,
              "pass a structure that begins with SARNUM_MULTILOOK_INIT(across, down)")
-      .then([&] { return sarnum::read_options("looks", given, options); })
+      .then([&] { return sarnum::read_options(kind, given, options); })
       .that(options.looks_across >= 1, "looks->looks_across", options.looks_across,
             "pass at least 1")
       .that(options.looks_down >= 1, "looks->looks_down", options.looks_down, "pass at least 1")

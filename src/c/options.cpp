@@ -8,7 +8,9 @@ sarnum_status CallRun::read(const sarnum_options* given, std::size_t samples) {
   if (given == nullptr) {
     return SARNUM_OK;
   }
-  if (const sarnum_status status = read_options("options", given, options_); status != SARNUM_OK) {
+  constexpr OptionsKind kind{"options", "SARNUM_OPTIONS_INIT",
+                             offsetof(sarnum_options, context) + sizeof(void*)};
+  if (const sarnum_status status = read_options(kind, given, options_); status != SARNUM_OK) {
     return status;
   }
   constexpr int most_threads = 1024;
@@ -36,7 +38,7 @@ sarnum_status CallRun::status_of(Outcome outcome) {
       return SARNUM_OK;
     case Outcome::stopped:
       return failure(SARNUM_CANCELLED,
-                     "options->progress asked to stop: the output is incomplete.");
+                     "options->progress asked to stop: the output may be incomplete.");
     default:
       return no_memory("work storage");
   }

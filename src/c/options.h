@@ -11,25 +11,34 @@
 
 namespace sarnum {
 
+/// A structure of options: its name and its macro in messages, and its size in version 1.0. No
+/// header declares a smaller one.
+struct OptionsKind {
+  const char* name;
+  const char* initializer;
+  std::size_t least_size;
+};
+
 /// Reads a structure that the caller's header may declare shorter or longer than ours. Members
 /// that it lacks keep their defaults; members that we lack must be 0.
 /// @param options  the defaults; receives what was given.
 template <class Options>
-sarnum_status read_options(const char* name, const Options* given, Options& options) {
+sarnum_status read_options(const OptionsKind& kind, const Options* given, Options& options) {
   std::size_t size = 0;
   std::memcpy(&size, given, sizeof(size));
   constexpr std::size_t largest = 4096;
   // All members end at multiples of that size or in pairs: none is read in part.
-  if (size < sizeof(size) || size > largest || size % sizeof(size) != 0) {
-    return failure(SARNUM_INVALID_ARGUMENT, name, "->size is ", size,
-                   ": begin with the _INIT macro of the structure, which sets it.");
+  if (size < kind.least_size || size > largest || size % sizeof(size) != 0) {
+    return failure(SARNUM_INVALID_ARGUMENT, kind.name, "->size is ", size, ": begin with ",
+                   kind.initializer, ", which sets it.");
   }
   const auto* const bytes = reinterpret_cast<const unsigned char*>(given);
-  if (size > sizeof(Options) && std::any_of(bytes + sizeof(Options), bytes + size,
-                                            [](unsigned char byte) { return byte != 0; })) {
-    return failure(SARNUM_UNSUPPORTED, name, "->size is ", size,
-                   ": an option is set that this version (", SARNUM_VERSION,
-                   ") does not know; leave it at 0 or install a later library.");
+  for (std::size_t unknown = sizeof(Options); unknown < size; ++unknown) {
+    if (bytes[unknown] != 0) {
+      return failure(SARNUM_UNSUPPORTED, kind.name, "->size is ", size, ": byte ", unknown,
+                     " is not 0 and belongs to an option that this version (", SARNUM_VERSION,
+                     ") does not know; leave the option at 0 or install a later library.");
+    }
   }
   std::memcpy(&options, bytes, std::min(size, sizeof(Options)));
   return SARNUM_OK;

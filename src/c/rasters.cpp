@@ -94,9 +94,11 @@ sarnum_status sarnum_transform_2d(const sarnum_plan* row_plan, const sarnum_plan
   }
   const PaddedSize size{std::countr_zero(row_plan->n), std::countr_zero(column_plan->n)};
   const RasterRows rows{source, width, height, type, target};
+  const bool is_double = row_plan->is_double();
   arguments
-      .that(row_plan->is_double() == column_plan->is_double(), "column_plan",
-            "a plan of the other precision", "pass two plans of equal precision")
+      .that(is_double == column_plan->is_double(), "column_plan",
+            is_double ? "of SARNUM_FLOAT32" : "of SARNUM_FLOAT64", "row_plan is of ",
+            is_double ? "SARNUM_FLOAT64" : "SARNUM_FLOAT32", "; pass two plans of equal precision")
       .that(width >= 1 && width <= row_plan->n, "width", width, "pass 1 to ", row_plan->n,
             ", the length of row_plan")
       .that(height >= 1 && height <= column_plan->n, "height", height, "pass 1 to ", column_plan->n,

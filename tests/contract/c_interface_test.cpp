@@ -164,7 +164,7 @@ const std::vector<Refused> all_refused{
     {"plan is NULL: ", {line, lines, compression}, [](auto& a) { a.plan = nullptr; }},
     {"row_plan is NULL: ", {planned}, [](auto& a) { a.plan = nullptr; }},
     {"column_plan is NULL: ", {planned}, [](auto& a) { a.column_plan = nullptr; }},
-    {"column_plan is a plan of the other precision: ",
+    {"column_plan is of SARNUM_FLOAT32: row_plan is of SARNUM_FLOAT64; pass",
      {planned},
      [](auto& a) { a.column_plan = a.of_floats.plan; }},
     {"direction is 3: ", {line, lines, planned, raster}, [](auto& a) { a.direction = 3; }},
@@ -192,9 +192,23 @@ const std::vector<Refused> all_refused{
      }},
     {"stride is 0: ", {lines, compression}, [](auto& a) { a.stride = 0; }},
     {"count is 18446744073709551615: ", {lines, compression}, [](auto& a) { a.count = SIZE_MAX; }},
-    {"count is 512: ", {lines, compression}, [](auto& a) { a.distance = PTRDIFF_MIN; }},
-    {"distance is 0: ", {lines, compression}, [](auto& a) { a.distance = 0; }},
-    {"distance is -255: ", {lines, compression}, [](auto& a) { a.distance = -255; }},
+    {"distance is -9223372036854775808: 512 lines reach farther than memory; ",
+     {lines, compression},
+     [](auto& a) { a.distance = PTRDIFF_MIN; }},
+    {"stride is 9223372036854775807: 256 samples of a line reach farther than memory; ",
+     {lines, compression},
+     [](auto& a) { a.stride = PTRDIFF_MAX; }},
+    {"distance is 0: 512 lines of 256 samples at stride 1 may share samples; pass a distance of at "
+     "least 256 in magnitude, or distance 1 with a stride of at least 512 ",
+     {lines, compression},
+     [](auto& a) { a.distance = 0; }},
+    {"distance is -255: 512 lines of 256 samples at stride 3 may share samples; pass a distance of "
+     "at least 766 in magnitude, or distance -255 with a stride of at least 130306 ",
+     {lines, compression},
+     [](auto& a) {
+       a.distance = -255;
+       a.stride = 3;
+     }},
     {"reference_re is NULL: ", {compression}, [](auto& a) { a.reference_re = nullptr; }},
     {"reference_re is not aligned: ",
      {compression},
@@ -270,7 +284,8 @@ const std::vector<Refused> all_refused{
        a.means = &a.numbers[a.side];
      }},
     {"looks is NULL: ", of_looks, [](auto& a) { a.looks = nullptr; }},
-    {"looks->size is 7: ", of_looks, [](auto& a) { a.given_looks.size = 7; }},
+    {"looks->size is 31: begin with SARNUM_MULTILOOK_INIT(across, down), ", of_looks,
+     [](auto& a) { a.given_looks.size = 31; }},
     {"looks->looks_across is 0: ", of_looks, [](auto& a) { a.given_looks.looks_across = 0; }},
     {"looks->looks_down is 0: ", of_looks, [](auto& a) { a.given_looks.looks_down = 0; }},
     {"looks->detection is 3: ", of_looks, [](auto& a) { a.given_looks.detection = 3; }},
@@ -282,10 +297,12 @@ const std::vector<Refused> all_refused{
     {"output_path is NULL: ", {multilook_file}, [](auto& a) { a.output = nullptr; }},
     {"options->threads is -1: ", with_options, [](auto& a) { a.run.threads = -1; }},
     {"options->threads is 1025: ", with_options, [](auto& a) { a.run.threads = 1025; }},
-    {"options->size is 0: ", with_options, [](auto& a) { a.run.size = 0; }},
-    {"options->size is 20: ", with_options, [](auto& a) { a.run.size = 20; }},
+    {"options->size is 8: begin with SARNUM_OPTIONS_INIT, ", with_options,
+     [](auto& a) { a.run.size = sizeof a.options; }},
+    {"options->size is 31: ", with_options, [](auto& a) { a.run.size = 31; }},
     {"options->size is 5000: ", with_options, [](auto& a) { a.run.size = 5000; }},
-    {"options->size is 40: an option is set that this version", with_options,
+    {"options->size is 40: byte 32 is not 0 and belongs to an option that this version",
+     with_options,
      [](auto& a) {
        static const LaterOptions later{{sizeof later, 1, nullptr, nullptr}, 1};
        a.options = &later.known;
@@ -309,15 +326,23 @@ TEST(CInterface, RefusesEachBadArgumentWithAReasonAndTouchesNothing) {
   }
 }
 
-TEST(CInterface, ReadsOptionsOfEarlierAndLaterVersions) {
+TEST(CInterface, ReadsOptionsOfLaterVersions) {
   Arguments a;
   LaterOptions later{SARNUM_OPTIONS_INIT, 0};
   later.known.size = sizeof later;
   a.options = &later.known;
   EXPECT_EQ(lines.call(a), SARNUM_OK) << sarnum_error_message();
-  a.options = &a.run;
-  a.run = {sizeof(std::size_t), -5, nullptr, nullptr};  // -5 is beyond its end
+}
+
+TEST(CInterface, AcceptsNoLinesWithoutArrays) {
+  Arguments a;
+  const std::vector<double> before = a.numbers;
+  a.count = 0;
+  a.stride = 0;
+  std::swap(a.re, a.im);
   EXPECT_EQ(lines.call(a), SARNUM_OK) << sarnum_error_message();
+  EXPECT_EQ(compression.call(a), SARNUM_OK) << sarnum_error_message();
+  EXPECT_EQ(a.numbers, before);
 }
 
 TEST(CInterface, AcceptsLinesInEachOthersGaps) {
@@ -490,7 +515,7 @@ TEST(CInterface, TellsProgressAndStopsAtEachStep) {
         if (stopped.status == SARNUM_CANCELLED) {
           EXPECT_EQ(stopped.fractions.size(), step + 1) << "called on after it was told to stop";
           EXPECT_STREQ(sarnum_error_message(),
-                       "options->progress asked to stop: the output is incomplete.");
+                       "options->progress asked to stop: the output may be incomplete.");
         }
       }
       EXPECT_EQ(run(function, threads, SIZE_MAX, rows).numbers, whole.numbers)
