@@ -35,8 +35,7 @@
 /// - **Alignment.** Arrays of float or double begin at a multiple of 4 or 8 bytes. Rows of images
 ///   may begin anywhere.
 /// - **Options.** Where a function takes `options`, they say how the call runs: on how many
-/// threads,
-///   and which function to call with its progress. NULL means one thread and no progress.
+///   threads, and which function to call with its progress. NULL means one thread and no progress.
 /// - **Threads.** Every function may run on any number of threads at once, on different output. A
 ///   plan may be used by all of them.
 /// - **Values** are the same on every CPU and for any number of threads. Samples that are NaN or
@@ -97,10 +96,10 @@ SARNUM_C_API const char* sarnum_version(void);
 /// number from 0 to 1 that never falls. The first number is 0; the last one is 1 if nothing stops
 /// the work. Without any work (a count of 0) it is not called.
 ///
-/// Return 0 to go on. After any other value each thread does at most one more line, row or block of
-/// columns, and the function returns SARNUM_CANCELLED, even where all work was done. The callback
-/// is called only on the thread that called the function, which waits meanwhile, so keep it short.
-/// It must return normally: no exception, no longjmp.
+/// Return 0 to go on. After any other value each thread does at most one more row, line, group of
+/// short lines or block of columns, and the function returns SARNUM_CANCELLED, even if all work was
+/// done. The callback is called only on the thread that called the function, which waits meanwhile,
+/// so keep it short. It must return normally: no exception, no longjmp.
 typedef int (*sarnum_progress)(void* context, double fraction);
 
 /// How a call runs. Begin with SARNUM_OPTIONS_INIT, which fills in the defaults:
