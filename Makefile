@@ -27,7 +27,7 @@ JOBS = $$(nproc 2>/dev/null || echo 2)
 THREAD_PROGRAMS = contract_test host_file_layer_test
 THREAD_TESTS = RunsBesideEveryOther|^CInterface|a_race_is_reported|OfTwoThreads
 # And under AddressSanitizer and UndefinedBehaviorSanitizer: all tests of the target checked_programs.
-UNCHECKED_TESTS = ^package|^docs|_NOT_BUILT$$
+UNCHECKED_TESTS = ^package|^docs|^examples|_NOT_BUILT$$
 
 .PHONY: help demo test test-long test-windows test-arm coverage bench lint docs package test-package install clean
 
