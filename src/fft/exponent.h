@@ -16,7 +16,7 @@ constexpr int ceil_power_of_two(int n) {
   if (n <= 0) {
     return std::numeric_limits<int>::min();
   }
-  return n == 1 << 29 ? 30 : std::bit_width(static_cast<unsigned>(n) - 1U);
+  return n == 1 << 29 ? 30 : static_cast<int>(std::bit_width(static_cast<unsigned>(n) - 1U));
 }
 
 }  // namespace sarnum
