@@ -55,8 +55,8 @@ class CallRun {
   /// @param samples  of the whole work
   sarnum_status read(const sarnum_options* given, std::size_t samples);
 
-  /// Runs work of so many units of progress: once more on one thread if there is no storage for
-  /// several.
+  /// Runs work that has this many units of progress. If there is no storage for several threads,
+  /// it runs again on one.
   /// @param work  Outcome (const Run&)
   template <class Work>
   sarnum_status perform(std::size_t units, const Work& work) noexcept {

@@ -1,6 +1,7 @@
 /// @file
 /// Functions of one or two doubles. All are pure: they may be called from any thread. Logarithms,
-/// exponentials and arc tangents are the nearest doubles to the exact ones, on every system.
+/// exponentials and arc tangents are the same doubles on every system: the nearest to the exact
+/// ones, but for the reserve that docs/numbers.md states.
 ///
 /// Comparisons are IEEE comparisons, so that a NaN makes every "greater than" false; each
 /// function says what that gives.
